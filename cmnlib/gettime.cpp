@@ -1,0 +1,3 @@
+#include "gettime.h"
+
+int GetTimeOfDay(timeval* tv) { return gettimeofday(tv, nullptr); }

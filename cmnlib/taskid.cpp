@@ -1,0 +1,5 @@
+#include "taskid.h"
+
+#include <unistd.h>
+
+long GetTaskId() { return getpid(); }

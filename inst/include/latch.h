@@ -1,0 +1,80 @@
+// latch.h: mutual exclusion between the threads of one process.
+//
+// Both kinds are constant-initialised, so a latch at namespace scope may be entered before any static
+// constructor has run.
+//
+// Thread safety: latched.
+#ifndef TVXCMN_LATCH_H
+#define TVXCMN_LATCH_H
+
+#include "atomicm.h"
+#include "basetypes.h"
+
+#include <pthread.h>
+
+// A non-recursive latch that checks its use: entering it twice from one thread and leaving it without
+// holding it are assertions.
+class LatchC {
+public:
+    constexpr LatchC() noexcept = default;
+    ~LatchC();
+    LatchC(const LatchC&) = delete;
+    LatchC& operator=(const LatchC&) = delete;
+
+    // Waits until the latch is free and takes it.
+    // Requires:  the calling thread does not hold it ("retcode != EDEADLK").
+    // Otherwise: returns; the latch stays held once.
+    void enter();
+
+    // Gives the latch back, without waiting.
+    // Requires:  the calling thread holds it ("pthread_mutex_lock(&mutex) == EDEADLK").
+    // Otherwise: nothing changes.
+    void leave();
+
+    // Whether the calling thread holds the latch. May make another thread's probe fail meanwhile.
+    [[nodiscard]] BooleanT holding();
+
+    // Takes the latch if it is free; whether it did. Never waits.
+    [[nodiscard]] BooleanT probe();
+
+private:
+    pthread_mutex_t mutex = PTHREAD_ERRORCHECK_MUTEX_INITIALIZER_NP;
+};
+
+// A latch that its holder may enter again; each enter needs a leave.
+class CountingLatchC {
+public:
+    constexpr CountingLatchC() noexcept = default;
+    ~CountingLatchC();
+    CountingLatchC(const CountingLatchC&) = delete;
+    CountingLatchC& operator=(const CountingLatchC&) = delete;
+
+    void enter();
+    // Undoes one enter. Does nothing in a thread that does not hold the latch.
+    void leave();
+    // Whether the calling thread holds the latch.
+    [[nodiscard]] BooleanT holding() const;
+    // Takes the latch if it is free or the calling thread holds it; whether it did. Never waits.
+    [[nodiscard]] BooleanT probe();
+
+private:
+    pthread_mutex_t mutex = PTHREAD_RECURSIVE_MUTEX_INITIALIZER_NP;
+    // A recursive mutex cannot say who holds it. Written by the holder only; 0 while nobody does.
+    AtomicM<pthread_t> m_owner{0};
+    unsigned long m_depth = 0;
+};
+
+// Holds a latch for the length of a scope.
+template <class LatchT>
+class LatchGuardM {
+public:
+    explicit LatchGuardM(LatchT& latch) : m_latch(latch) { m_latch.enter(); }
+    ~LatchGuardM() { m_latch.leave(); }
+    LatchGuardM(const LatchGuardM&) = delete;
+    LatchGuardM& operator=(const LatchGuardM&) = delete;
+
+private:
+    LatchT& m_latch;
+};
+
+#endif   // TVXCMN_LATCH_H

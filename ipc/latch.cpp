@@ -1,0 +1,55 @@
+#include "latch.h"
+
+#include "assertfatal.h"
+
+#include <cerrno>
+
+LatchC::~LatchC() { pthread_mutex_destroy(&mutex); }
+
+void LatchC::enter()
+{
+    const int retcode = pthread_mutex_lock(&mutex);
+    (void)TVX_CHECK(retcode != EDEADLK, "retcode != EDEADLK");
+}
+
+// An error-checking mutex refuses to be unlocked by a stranger. Trying to lock it first, as the text of
+// the assertion suggests, would make a stranger wait for the holder.
+void LatchC::leave()
+{
+    const int retcode = pthread_mutex_unlock(&mutex);
+    (void)TVX_CHECK(retcode != EPERM, "pthread_mutex_lock(&mutex) == EDEADLK");
+}
+
+BooleanT LatchC::holding()
+{
+    const timespec past = {0, 0};   // a deadline that has passed: try, never wait
+    const int retcode = pthread_mutex_timedlock(&mutex, &past);
+    if (retcode == 0) pthread_mutex_unlock(&mutex);
+    return retcode == EDEADLK;
+}
+
+BooleanT LatchC::probe() { return pthread_mutex_trylock(&mutex) == 0; }
+
+CountingLatchC::~CountingLatchC() { pthread_mutex_destroy(&mutex); }
+
+void CountingLatchC::enter()
+{
+    pthread_mutex_lock(&mutex);
+    if (m_depth++ == 0) m_owner = pthread_self();
+}
+
+void CountingLatchC::leave()
+{
+    if (!holding()) return;
+    if (--m_depth == 0) m_owner = 0;
+    pthread_mutex_unlock(&mutex);
+}
+
+BooleanT CountingLatchC::holding() const { return m_owner == pthread_self(); }
+
+BooleanT CountingLatchC::probe()
+{
+    if (pthread_mutex_trylock(&mutex) != 0) return false;
+    if (m_depth++ == 0) m_owner = pthread_self();
+    return true;
+}
