@@ -1,0 +1,130 @@
+// The operations of StringC that build a new text from an old one in one pass over its bytes.
+
+#include "assertfatal.h"
+#include "string/api/charset.h"
+#include "string/api/textbytes.h"
+#include "string/api/utfkernels.h"
+#include "stringc.h"
+#include "utf8.h"
+
+#include <string>
+
+namespace {
+
+// A text that is put together piece by piece.
+class TextBuilderC {
+public:
+    explicit TextBuilderC(size_t expected) { m_text.reserve(expected); }
+
+    void add(const UTF8T* begin, const UTF8T* end)
+    {
+        m_text.append(reinterpret_cast<const char*>(begin), static_cast<size_t>(end - begin));
+    }
+    void add(UCS4 ch)
+    {
+        UTF8T bytes[6];
+        UTF8T* end = bytes;
+        UTF8Put(end, ch);
+        add(bytes, end);
+    }
+    StringC text() const { return StringC(m_text.data(), m_text.size(), StringC::CC_VALID_UTF8); }
+
+private:
+    std::string m_text;
+};
+
+// Where character `count` after `p` starts.
+const UTF8T* skipped(const UTF8T* p, const UTF8T* end, long count)
+{
+    return p + utfkernels::advance(p, static_cast<size_t>(end - p), static_cast<size_t>(count), nullptr);
+}
+
+}   // namespace
+
+StringC StringC::transform(const StringC& from_chars, const StringC& to_chars, bool do_all, long after) const
+{
+    StringC from(from_chars);
+    if (!TVX_CHECK(to_chars.length() == from.length(), "to_chars.length() == from_chars.length()") && !from.isEmpty()) {
+        from = from.head(to_chars.length());
+    }
+    const long first = findAny(from, after);
+    if (first < 0) return *this;
+
+    const TextBytesT bytes(*this);
+    const CharSetC set(from);
+    const UTF8T* next = skipped(bytes.begin, bytes.end, first);
+    TextBuilderC result(bytes.size());
+    result.add(bytes.begin, next);
+    for (bool isDone = false; next < bytes.end && !isDone;) {
+        const UTF8T* const at = next;
+        const UCS4 ch = UTF8Get(next);
+        if (set.contains(ch)) {
+            result.add(to_chars[from.find(ch)]);
+            isDone = !do_all;
+        } else {
+            result.add(at, next);
+        }
+    }
+    result.add(next, bytes.end);
+    return result.text();
+}
+
+// Searching goes on behind what was put in, so a hit never overlaps a replacement, and all hits can be
+// found in the unchanged text. Case mapping keeps the number of characters.
+StringC StringC::substitute(const StringC& from_str, const StringC& to_str, bool do_all, long after,
+                            bool ignore_case) const
+{
+    const StringC shadow = ignore_case ? asUpper() : *this;
+    const StringC wanted = ignore_case ? from_str.asUpper() : from_str;
+    long hit = shadow.find(wanted, after);
+    if (hit < 0) return *this;
+
+    const TextBytesT bytes(*this);
+    const TextBytesT replacement(to_str);
+    const long wantedChars = wanted.length();
+    TextBuilderC result(bytes.size() + replacement.size());
+    const UTF8T* rest = bytes.begin;
+    for (long copied = 0; hit >= 0; hit = do_all ? shadow.find(wanted, copied - 1) : -1) {
+        const UTF8T* const at = skipped(rest, bytes.end, hit - copied);
+        result.add(rest, at);
+        result.add(replacement.begin, replacement.end);
+        rest = skipped(at, bytes.end, wantedChars);
+        copied = hit + wantedChars;
+    }
+    result.add(rest, bytes.end);
+    return result.text();
+}
+
+StringC StringC::PrefixEscape(const StringC& chars, UCS4 escapeChar) const
+{
+    const StringC special = chars + StringC(escapeChar);
+    if (findAny(special) < 0) return *this;
+
+    const TextBytesT bytes(*this);
+    const CharSetC set(special);
+    TextBuilderC result(bytes.size() + bytes.size() / 8);
+    for (const UTF8T* next = bytes.begin; next < bytes.end;) {
+        const UTF8T* const at = next;
+        if (set.contains(UTF8Get(next))) result.add(escapeChar);
+        result.add(at, next);
+    }
+    return result.text();
+}
+
+StringC StringC::PrefixUnescape(UCS4 escapeChar) const
+{
+    if (find(escapeChar) < 0) return *this;
+
+    const TextBytesT bytes(*this);
+    TextBuilderC result(bytes.size());
+    for (const UTF8T* next = bytes.begin; next < bytes.end;) {
+        const UTF8T* at = next;
+        if (UTF8Get(next) == escapeChar) {
+            if (next >= bytes.end) break;
+            at = next;
+            (void)UTF8Get(next);
+        }
+        result.add(at, next);
+    }
+    return result.text();
+}
