@@ -1,0 +1,53 @@
+#!/usr/bin/env bash
+# Builds examples/textinfo and runs it over real texts of this machine: licences, the Unicode data files
+# and readings of Chinese, Japanese and Korean characters. Each text is converted between the encodings,
+# and the result compared with what iconv writes, byte for byte.
+set -euo pipefail
+cd "$(dirname "${BASH_SOURCE[0]}")/.."
+
+scripts/setup.sh base test demo
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+{ cmake --preset release && cmake --build --preset release --target textinfo; } >"$work/log" 2>&1 ||
+  { cat "$work/log" >&2; exit 1; }
+textinfo=$PWD/build/release/examples/textinfo
+
+declare -A ICONV_NAMES=([utf8]=UTF-8 [utf16]=UTF-16LE [utf16be]=UTF-16BE [wchar_t]=UTF-32LE [iso-8859-1]=ISO-8859-1)
+
+# The texts, as UTF-8 in $work/texts. Characters beyond Latin-1 are left out of the last one.
+mkdir "$work/texts"
+cp -L /usr/share/common-licenses/GPL-3 /usr/share/common-licenses/Apache-2.0 "$work/texts"
+cp /usr/share/unicode/UnicodeData.txt /usr/share/unicode/emoji/emoji-test.txt "$work/texts"
+bzcat /usr/share/unicode/Unihan_Readings.txt.bz2 >"$work/texts/Unihan_Readings.txt"
+cp /usr/share/unicode/NamesList.txt "$work/texts"
+iconv -c -f UTF-8 -t ISO-8859-1 /usr/share/unicode/NamesList.txt | iconv -f ISO-8859-1 -t UTF-8 \
+  >"$work/texts/NamesList-Latin1.txt"
+
+cd "$work/texts"
+echo "What textinfo says about them:"
+"$textinfo" ./*
+
+echo
+echo "The same texts from one encoding to another, and what iconv makes of them:"
+count=0
+# convert TEXT FROM TO: one conversion, compared.
+convert() {
+  local text=$1 from=$2 to=$3
+  iconv -f UTF-8 -t "${ICONV_NAMES[$from]}" "$text" >"$work/input"
+  iconv -f "${ICONV_NAMES[$from]}" -t "${ICONV_NAMES[$to]}" "$work/input" >"$work/expected"
+  "$textinfo" --from "$from" --to "$to" --out "$work/output" "$work/input" >"$work/report"
+  grep -q 'nothing lost' "$work/report"
+  cmp "$work/output" "$work/expected"
+  printf '  %-22s %-10s -> %-10s %9d bytes, as iconv\n' "$text" "$from" "$to" "$(stat -c %s "$work/output")"
+  count=$((count + 1))
+}
+
+for text in *; do
+  encodings=(utf8 utf16 utf16be wchar_t)
+  iconv -f UTF-8 -t ISO-8859-1 "$text" >/dev/null 2>&1 && encodings+=(iso-8859-1)
+  for encoding in "${encodings[@]}"; do
+    convert "$text" utf8 "$encoding"
+    [ "$encoding" = utf8 ] || convert "$text" "$encoding" utf8
+  done
+done
+echo "$count conversions, all byte for byte what iconv writes."

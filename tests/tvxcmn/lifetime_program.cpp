@@ -1,0 +1,58 @@
+// A program of the agent that uses the library at the edges of its life: in the constructor of its very
+// first static object, in exit handlers registered before and after that, in static destructors, and in
+// a thread that is still running while the process exits. It prints nothing and exits with 0 when every
+// use gave the right answer.
+
+#include "stringc.h"
+
+#include <atomic>
+#include <cstdlib>
+#include <thread>
+#include <unistd.h>
+
+namespace {
+
+void failUnless(bool holds)
+{
+    if (!holds) _exit(1);
+}
+
+// Touches the empty text, the shared characters, conversion both ways, change and search.
+void useStrings()
+{
+    StringC text(u"h\u00E9\U0001F600");
+    failUnless(text.length() == 3);
+    text += UCS4{'!'};
+    text = text + StringC() + StringC("x");
+    const UTF16T* const utf16 = text.utf16();
+    failUnless(StringC(utf16) == text);
+    text.utf16Release(utf16);
+    failUnless(text.asUpper().find('X') == 4);
+}
+
+struct EdgeC {
+    EdgeC()
+    {
+        std::atexit(useStrings);
+        useStrings();
+    }
+    ~EdgeC() { useStrings(); }
+};
+
+__attribute__((init_priority(101))) const EdgeC first;
+
+}   // namespace
+
+int main()
+{
+    static std::atomic<bool> isRunning{false};
+    std::thread([] {
+        for (;;) {
+            useStrings();
+            isRunning = true;
+        }
+    }).detach();
+    std::atexit(useStrings);
+    while (!isRunning) std::this_thread::yield();
+    return 0;
+}
