@@ -9,6 +9,7 @@
 #include "textstats.h"
 #include "wellformed.h"
 
+#include "arglist.h"
 #include "cstrings.h"
 #include "stringc.h"
 #include "ucs4.h"
@@ -141,31 +142,31 @@ std::string encodedText(const StringC& text, const char* encoding)
     return encoded;
 }
 
+void put(const StringC& text) { std::fwrite(text.utf8(), 1, text.utf8Bytes(), stdout); }
+
+// A path is bytes, which need not be UTF-8, so it does not go through a format.
 void print(const char* path, const OptionsT& options, size_t bytes, const TextStatsT& stats)
 {
+    const StringC report("  bytes          %u (%s)\n"
+                         "  characters     %d: %d letters, %d digits, %d ideographs\n"
+                         "  words          %d\n"
+                         "  lines          %d, the longest has %d characters\n"
+                         "  frequent words");
     std::printf("%s\n", std::strcmp(path, "-") == 0 ? "standard input" : path);
-    std::printf("  bytes          %zu (%s)\n", bytes, options.from);
-    std::printf("  characters     %ld: %ld letters, %ld digits, %ld ideographs\n", stats.characters, stats.letters,
-                stats.digits, stats.ideographs);
-    std::printf("  words          %ld\n", stats.words);
-    std::printf("  lines          %ld, the longest has %ld characters\n", stats.lines, stats.longestLine);
-    std::printf("  frequent words");
+    put(StringC::format(report, ArgList << bytes << options.from << stats.characters << stats.letters << stats.digits
+                                        << stats.ideographs << stats.words << stats.lines << stats.longestLine));
     const char* separator = " ";
     for (const auto& [word, count] : stats.frequentWords) {
-        std::printf("%s%s %ld", separator, word.c_str(), count);
+        put(StringC::format("%s%S %d", ArgList << separator << word << count));
         separator = ", ";
     }
-    std::printf("\n");
+    put("\n");
 }
 
 void printEncoded(const OptionsT& options, size_t bytes, long lost)
 {
-    std::printf("  encoded        %zu bytes (%s), ", bytes, options.to);
-    if (lost == 0) {
-        std::printf("nothing lost\n");
-    } else {
-        std::printf("%ld characters lost\n", lost);
-    }
+    put(StringC::format("  encoded        %u bytes (%s), ", ArgList << bytes << options.to));
+    put(lost == 0 ? StringC("nothing lost\n") : StringC::format("%d characters lost\n", ArgList << lost));
 }
 
 FILE* openOutput(const char* path)

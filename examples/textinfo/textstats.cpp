@@ -1,15 +1,21 @@
 #include "textstats.h"
 
+#include "contemplate.h"
+#include "hashmap.h"
 #include "ucs4.h"
 #include "utf8.h"
 
 #include <algorithm>
-#include <string_view>
-#include <unordered_map>
 
 namespace {
 
-typedef std::unordered_map<std::string_view, long> WordCountsT;
+typedef StringMapM<long> WordCountsT;
+
+// A word of a map of counts, where it stands.
+struct WordCountT {
+    const StringC* word;
+    long count;
+};
 
 // True for what stands between words: white space, controls, and the punctuation of ASCII, Latin-1 and
 // the two general blocks.
@@ -21,16 +27,24 @@ bool isBetweenWords(UCS4 ch)
            ch == 0xFEFF;
 }
 
-std::vector<std::pair<std::string, long>> mostFrequent(const WordCountsT& counts, size_t limit)
+int compareFrequency(const WordCountT& a, const WordCountT& b)
 {
-    std::vector<std::pair<std::string, long>> words(counts.begin(), counts.end());
-    const auto comesFirst = [](const auto& a, const auto& b) {
-        return a.second != b.second ? a.second > b.second : a.first < b.first;
-    };
-    const size_t kept = std::min(limit, words.size());
-    std::partial_sort(words.begin(), words.begin() + static_cast<long>(kept), words.end(), comesFirst);
-    words.resize(kept);
-    return words;
+    if (a.count != b.count) return a.count > b.count ? -1 : 1;
+    return a.word->compare(*b.word);
+}
+
+std::vector<std::pair<StringC, long>> mostFrequent(const WordCountsT& counts, size_t limit)
+{
+    ArrayM<WordCountT> words;
+    words.reserve(counts.size());
+    WordCountsT::IteratorT it = counts.getIter();
+    for (++it; it; ++it) words << WordCountT{&it->Key(), it->Value()};
+    words.sort(compareFrequency);
+    words.truncate(limit);
+
+    std::vector<std::pair<StringC, long>> frequent;
+    for (const WordCountT& entry : words) frequent.emplace_back(*entry.word, entry.count);
+    return frequent;
 }
 
 // Takes one character after the other.
@@ -72,25 +86,28 @@ private:
     UCS4 m_previous = 0;
 };
 
-// Counts the words of a text that is in lower case already, by their bytes in it.
-WordCountsT countWords(const StringC& lower)
+// Counts the words of a text that is in lower case already, and returns how many there are.
+long countWords(const StringC& lower, WordCountsT& counts)
 {
-    WordCountsT counts;
-    const char* const begin = lower.utf8();
-    const UTF8T* p = reinterpret_cast<const UTF8T*>(begin);
+    const UTF8T* p = reinterpret_cast<const UTF8T*>(lower.utf8());
     const UTF8T* const end = p + lower.utf8Bytes();
-    const UTF8T* word = p;
+    const UTF8T* begin = p;
+    long words = 0;
     const auto endWord = [&](const UTF8T* at) {
-        if (at > word) ++counts[{reinterpret_cast<const char*>(word), static_cast<size_t>(at - word)}];
+        if (at == begin) return;
+        const StringC word(begin, static_cast<size_t>(at - begin), StringC::CC_VALID_UTF8);
+        const WordCountsT::ResultT known = counts.get(word);
+        known.found() ? void(++known.Value()) : counts.add(word, 1);
+        ++words;
     };
     while (p < end) {
         const UTF8T* const at = p;
         if (!isBetweenWords(UTF8Get(p))) continue;
         endWord(at);
-        word = p;
+        begin = p;
     }
     endWord(end);
-    return counts;
+    return words;
 }
 
 }   // namespace
@@ -103,9 +120,8 @@ TextStatsT statsOf(const StringC& text, size_t frequent)
     while (p < end) counter.take(UTF8Get(p));
     counter.finish();
 
-    const StringC lower = text.asLower();   // alive as long as the counts, which point into it
-    const WordCountsT counts = countWords(lower);
-    for (const auto& [word, count] : counts) counter.stats.words += count;
+    WordCountsT counts;
+    counter.stats.words = countWords(text.asLower(), counts);
     counter.stats.frequentWords = mostFrequent(counts, frequent);
     return counter.stats;
 }

@@ -4,7 +4,6 @@
 
 #include "stringc.h"
 
-#include <string>
 #include <utility>
 #include <vector>
 
@@ -16,7 +15,7 @@ struct TextStatsT {
     long words = 0;         // runs of characters that are neither white space nor punctuation
     long lines = 0;         // an unfinished last line counts
     long longestLine = 0;   // in characters, without its line end
-    std::vector<std::pair<std::string, long>> frequentWords;   // lower case, the most frequent first
+    std::vector<std::pair<StringC, long>> frequentWords;   // lower case, the most frequent first
 };
 
 // Counts in one pass over the text, and keeps the `frequent` most frequent words.
