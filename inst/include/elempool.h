@@ -32,9 +32,11 @@
 
 class ElemPoolC {
 public:
-    // The largest elements for which a pool is worth while, and their strictest alignment.
-    static constexpr size_t MAX_BYTES = 256;
-    static constexpr size_t MAX_ALIGNMENT = sizeof(void*);
+    // Whether a pool is worth while for elements of this size, and can align them.
+    static constexpr bool isMeantFor(size_t bytes, size_t alignment)
+    {
+        return bytes <= 256 && alignment <= sizeof(void*);
+    }
 
     // `elem_bytes` is a multiple of the size of a pointer.
     explicit ElemPoolC(size_t elem_bytes) : m_bytes(sizeof(ElemPoolC*) + elem_bytes) {}

@@ -249,10 +249,10 @@ private:
         using ElemT::ElemT;
         static void* operator new(size_t, ElemPoolC* pool) { return pool->take(); }
         static void operator delete(void* place, ElemPoolC* pool) { pool->giveOwn(place); }   // K or V threw
+        // NOLINTNEXTLINE(misc-new-delete-overloads,cert-dcl54-cpp): its counterpart is the new of a pool
         static void operator delete(void* place) { ElemPoolC::give(place); }
     };
-    static constexpr bool IS_POOLED =
-        sizeof(PooledElemT) <= ElemPoolC::MAX_BYTES && alignof(PooledElemT) <= ElemPoolC::MAX_ALIGNMENT;
+    static constexpr bool IS_POOLED = ElemPoolC::isMeantFor(sizeof(PooledElemT), alignof(PooledElemT));
     // Maps that stay as small as this take their elements from the heap.
     static constexpr size_t SMALL_MAP = 16;
 
