@@ -34,8 +34,26 @@ public:
         if (ch < m_ascii.size()) return m_ascii[ch];
         return std::binary_search(m_others.begin(), m_others.end(), ch);
     }
+    // The first member in [begin, end), which holds whole characters; `end` when there is none.
+    const UTF8T* findIn(const UTF8T* begin, const UTF8T* end) const
+    {
+        for (const UTF8T* p = begin; p < end;) {
+            const UTF8T* const at = p;
+            const bool isMember = *p < m_ascii.size() ? m_ascii[*p++] : containsNext(p);
+            if (isMember) return at;
+        }
+        return end;
+    }
 
 private:
+    // Passes what is not ASCII: a whole character, or just a byte of one when nobody is looking for those.
+    bool containsNext(const UTF8T*& p) const
+    {
+        if (!m_others.empty()) return contains(UTF8Get(p));
+        ++p;
+        return false;
+    }
+
     std::bitset<128> m_ascii;
     std::vector<UCS4> m_others;   // sorted
 };

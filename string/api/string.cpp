@@ -90,7 +90,11 @@ void StringC::release(const void* p, const char* encoding) const
 
 // ---- comparison and hashes --------------------------------------------------------------------------
 
-bool StringC::operator==(const StringC& other) const { return length() == other.length() && compare(other) == 0; }
+// The bodies are only asked for their counts, which may take a walk over the text, when the bytes are equal.
+bool StringC::operator==(const StringC& other) const
+{
+    return str == other.str || (compare(other) == 0 && length() == other.length());
+}
 
 bool StringC::equalCI(const StringC& other) const { return length() == other.length() && collate(other) == 0; }
 

@@ -11,9 +11,7 @@
 
 namespace {
 
-// Two values that are no characters: for "no escape character", and for what stands before a text.
-const UCS4 NO_ESCAPE = 0xFFFFFFFF;
-const UCS4 BEFORE_TEXT = 0xFFFFFFFE;
+const UCS4 NO_ESCAPE = 0xFFFFFFFF;   // no character
 
 bool isBlank(UTF8T byte) { return byte == ' ' || byte == '\t'; }
 
@@ -30,6 +28,7 @@ public:
     std::unique_ptr<StringArrayC> take() { return std::move(m_parts); }
 
 private:
+    bool isBehind(const UTF8T* at, UCS4 ch) const;
     void add(const UTF8T* begin, const UTF8T* end);
 
     const StringC& m_text;
@@ -42,17 +41,26 @@ private:
 void PartsC::divide(const CharSetC& delimiters, UCS4 escape)
 {
     const UTF8T* part = m_bytes.begin;
-    UCS4 previous = BEFORE_TEXT;
-    for (const UTF8T* p = part; p < m_bytes.end;) {
-        const UTF8T* const at = p;
-        const UCS4 ch = UTF8Get(p);
-        if (delimiters.contains(ch) && previous != escape) {
+    const UTF8T* at = delimiters.findIn(part, m_bytes.end);
+    while (at < m_bytes.end) {
+        const UTF8T* after = at;
+        UTF8Get(after);
+        if (!isBehind(at, escape)) {
             add(part, at);
-            part = p;
+            part = after;
         }
-        previous = ch;
+        at = delimiters.findIn(after, m_bytes.end);
     }
     add(part, m_bytes.end);
+}
+
+// Whether the character in front of `at` is this one.
+bool PartsC::isBehind(const UTF8T* at, UCS4 ch) const
+{
+    if (at == m_bytes.begin) return false;
+    do --at;
+    while (at > m_bytes.begin && !UTF8Is1st(*at));
+    return UTF8Get(at) == ch;
 }
 
 void PartsC::add(const UTF8T* begin, const UTF8T* end)
