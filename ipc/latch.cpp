@@ -30,6 +30,13 @@ BooleanT LatchC::holding()
 
 BooleanT LatchC::probe() { return pthread_mutex_trylock(&mutex) == 0; }
 
+// The first step does nothing, but tells tools that watch the mutex that it is free.
+void LatchC::renewInChild()
+{
+    pthread_mutex_unlock(&mutex);
+    mutex = PTHREAD_ERRORCHECK_MUTEX_INITIALIZER_NP;
+}
+
 CountingLatchC::~CountingLatchC() { pthread_mutex_destroy(&mutex); }
 
 void CountingLatchC::enter()
@@ -52,4 +59,12 @@ BooleanT CountingLatchC::probe()
     if (pthread_mutex_trylock(&mutex) != 0) return false;
     if (m_depth++ == 0) m_owner = pthread_self();
     return true;
+}
+
+void CountingLatchC::renewInChild()
+{
+    for (unsigned long n = m_depth; n > 0; --n) pthread_mutex_unlock(&mutex);
+    mutex = PTHREAD_RECURSIVE_MUTEX_INITIALIZER_NP;
+    for (unsigned long n = --m_depth; n > 0; --n) pthread_mutex_lock(&mutex);
+    if (m_depth == 0) m_owner = 0;
 }

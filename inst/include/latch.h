@@ -37,6 +37,10 @@ public:
     // Takes the latch if it is free; whether it did. Never waits.
     [[nodiscard]] BooleanT probe();
 
+    // Takes the place of leave in the child of a fork, in the thread that forked and had entered the latch: the
+    // system knows that thread under another number now, and would not let it leave.
+    void renewInChild();
+
 private:
     pthread_mutex_t mutex = PTHREAD_ERRORCHECK_MUTEX_INITIALIZER_NP;
 };
@@ -56,6 +60,9 @@ public:
     [[nodiscard]] BooleanT holding() const;
     // Takes the latch if it is free or the calling thread holds it; whether it did. Never waits.
     [[nodiscard]] BooleanT probe();
+
+    // See LatchC::renewInChild; undoes one enter, as leave does.
+    void renewInChild();
 
 private:
     pthread_mutex_t mutex = PTHREAD_RECURSIVE_MUTEX_INITIALIZER_NP;

@@ -30,6 +30,10 @@ class SharedObjectTest(unittest.TestCase):
     def test_looks_beside_itself_for_what_it_loads(self):
         self.assertEqual(self.dynamic("RUNPATH"), ["$ORIGIN"])
 
+    def test_stays_loaded(self):
+        flags = output_of("readelf", "--dynamic", "--wide", SHARED_OBJECT)
+        self.assertRegex(flags, r"FLAGS_1.*NODELETE")
+
     def test_needs_nothing_but_the_system_libraries(self):
         needed = {name for name in self.dynamic("NEEDED") if not name.startswith("ld-linux")}
         self.assertLessEqual(needed, SYSTEM_LIBRARIES)
