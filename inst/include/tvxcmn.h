@@ -8,6 +8,7 @@
 #ifndef TVXCMN_TVXCMN_H
 #define TVXCMN_TVXCMN_H
 
+class ErrBufI;
 class StringImplFactoryI;
 
 #define TVXCMN_EXPORT __attribute__((visibility("default")))
@@ -16,6 +17,10 @@ extern "C" {
 
 // The factory of all string bodies (stringimpl.h). Every version asked for gives the same object.
 TVXCMN_EXPORT StringImplFactoryI* getStringFactory(int version);
+
+// The calling thread's error buffer (errbuf.h), made when the thread first asks. Every version asked for gives
+// the same object. It ends with its thread, unlike everything else that comes from here.
+TVXCMN_EXPORT ErrBufI* getErrBuf(int version);
 
 }   // extern "C"
 

@@ -3,7 +3,9 @@
 // a thread that is still running while the process exits. It prints nothing and exits with 0 when every
 // use gave the right answer.
 
+#include "errorapi.h"
 #include "stringc.h"
+#include "tvxcmn.h"
 
 #include <atomic>
 #include <cstdlib>
@@ -30,13 +32,31 @@ void useStrings()
     failUnless(text.asUpper().find('X') == 4);
 }
 
+// Reports, reads back and empties the calling thread's buffer.
+void useErrors()
+{
+    const ErrSequenceT checkpoint = ErrorCheckpoint();
+    Error(0xE1B20005L, "{w}%S", "x");
+    ErrSevT worst;
+    failUnless(getErrBuf(2)->coalesce(worst) == StringC("x") && worst == ERR_SEV_WARN);
+    ErrorErrno(1);
+    ErrorRollback(checkpoint);
+    failUnless(getErrBuf(2)->count() == 0);
+}
+
+void useAll()
+{
+    useStrings();
+    useErrors();
+}
+
 struct EdgeC {
     EdgeC()
     {
-        std::atexit(useStrings);
-        useStrings();
+        std::atexit(useAll);
+        useAll();
     }
-    ~EdgeC() { useStrings(); }
+    ~EdgeC() { useAll(); }
 };
 
 __attribute__((init_priority(101))) const EdgeC first;
@@ -48,11 +68,12 @@ int main()
     static std::atomic<bool> isRunning{false};
     std::thread([] {
         for (;;) {
-            useStrings();
+            useAll();
+            std::thread(useErrors).join();   // with a buffer of its own
             isRunning = true;
         }
     }).detach();
-    std::atexit(useStrings);
+    std::atexit(useAll);
     while (!isRunning) std::this_thread::yield();
     return 0;
 }
