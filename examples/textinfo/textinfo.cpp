@@ -6,8 +6,8 @@
 // encoding that is written to --out, all files one after the other; both are "utf8" unless given.
 // Exit status: 0; 2 wrong use; 3 a file cannot be read, written or decoded.
 
+#include "../support/wellformed.h"
 #include "textstats.h"
-#include "wellformed.h"
 
 #include "arglist.h"
 #include "cstrings.h"

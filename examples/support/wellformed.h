@@ -2,8 +2,8 @@
 //
 // Malformed text is a broken promise to the library and ends the process. A program that reads what
 // others wrote therefore looks first.
-#ifndef TEXTINFO_WELLFORMED_H
-#define TEXTINFO_WELLFORMED_H
+#ifndef EXAMPLES_WELLFORMED_H
+#define EXAMPLES_WELLFORMED_H
 
 #include <cstddef>
 #include <string>
@@ -12,4 +12,4 @@
 // names in stringc.h); the size of `bytes` when there is none.
 size_t wellFormedPrefix(const std::string& bytes, const char* encoding);
 
-#endif   // TEXTINFO_WELLFORMED_H
+#endif   // EXAMPLES_WELLFORMED_H
