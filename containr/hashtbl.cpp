@@ -9,8 +9,6 @@ namespace {
 // Growth splits the buckets in order. Their elements are fetched this many steps before.
 const size_t SPLIT_AHEAD = 4;
 
-unsigned long asLong(HashValT value) { return value; }
-
 bool isFree(const HashElemI* elem)
 {
     return TVX_CHECK(!elem->inSomeTable(), "Element incorrectly initialized or already in another hashtable");
@@ -22,8 +20,8 @@ bool isFree(const HashElemI* elem)
 
 void HashElemI::dump(FILE* stream, unsigned mask) const
 {
-    const HashValT hash = const_cast<HashElemI*>(this)->hash_r();
-    std::fprintf(stream, "%p(0x%lX)", static_cast<const void*>(this), asLong(hash & mask));
+    const unsigned long hash = const_cast<HashElemI*>(this)->hash_r() & mask;
+    std::fprintf(stream, "%p(0x%lX)", static_cast<const void*>(this), hash);
 }
 
 bool HashListC::insertAfter(HashElemI* elem, HashElemI* after)
@@ -58,9 +56,9 @@ void HashArrayC::grow(HashTableC* table)
 void HashArrayC::addSegment()
 {
     if (m_all.size() == 0) m_all << m_first;
-    const size_t bucketBytes = SEGMENT * sizeof(HashListC);
-    U8BitT* const storage = static_cast<U8BitT*>(resizedStorage(nullptr, bucketBytes + SEGMENT));
-    m_all << SegmentT{reinterpret_cast<HashListC*>(storage), storage + bucketBytes};
+    // The hints come first: the first bucket then has its own on the same page, and one new page is enough.
+    U8BitT* const storage = static_cast<U8BitT*>(resizedStorage(nullptr, SEGMENT + SEGMENT * sizeof(HashListC)));
+    m_all << SegmentT{reinterpret_cast<HashListC*>(storage + SEGMENT), storage};
     m_segments = m_all.begin();
 }
 
@@ -74,7 +72,7 @@ void HashArrayC::resize()
 void HashArrayC::clear()
 {
     for (size_t n = 0; n < m_size; ++n) HashArrayC::destroy(&(*this)[n]);
-    for (size_t i = 1; i < m_all.size(); ++i) freeStorage(m_all[i].buckets);
+    for (size_t i = 1; i < m_all.size(); ++i) freeStorage(m_all[i].hints);
     freeStorage(m_first.hints);
     m_all.clear();
     m_first = {nullptr, nullptr};
@@ -234,7 +232,7 @@ void HashTableC::split(size_t from, size_t to, HashValT split_bit)
     if (sides[1].hints != 0) --empty_lists;
 }
 
-// --- diagnostics ----------------------------------------------------------------------------------
+// --- the listing ----------------------------------------------------------------------------------
 
 void HashTableC::dump(FILE* stream) const
 {
@@ -247,48 +245,6 @@ void HashTableC::dump(FILE* stream) const
         std::fprintf(stream, "\t0x%X:", static_cast<unsigned>(n));
         bucket.dump(stream, bits_mask);
     }
-}
-
-BooleanT HashTableC::checkConsistency()
-{
-    bool consistent = checkMask();
-    size_t empty = 0;
-    for (size_t n = 0; n < array->size(); ++n) {
-        HashElemI* elem = (*array)[n].Head();
-        if (elem == nullptr) ++empty;
-        for (; elem != nullptr; elem = elem->next()) consistent = checkElement(elem, n) && consistent;
-    }
-    if (empty_lists != empty) {
-        std::fprintf(stderr, "empty_lists %d incorrect, should be %d\n", static_cast<int>(empty_lists),
-                     static_cast<int>(empty));
-        consistent = false;
-    }
-    if (!consistent) std::fputs("consistency check failed\n", stderr);
-    return consistent;
-}
-
-bool HashTableC::checkMask()
-{
-    HashValT mask = 0;
-    while (mask < array->size() - 1) mask = mask * 2 + 1;
-    if (bits_mask == mask) return true;
-    std::fprintf(stderr, "bits_mask 0x%lX incorrect, should be 0x%lX\n", asLong(bits_mask), asLong(mask));
-    bits_mask = mask;
-    return false;
-}
-
-bool HashTableC::checkElement(HashElemI* elem, size_t bucket)
-{
-    const auto complain = [elem](const char* what) {
-        std::fputs(what, stderr);
-        elem->dump(stderr, ~0u);
-        std::fputc('\n', stderr);
-        return false;
-    };
-    bool consistent = true;
-    if (hashOf(elem->key()) != elem->hash_r()) consistent = complain("Element hash value wrong: ");
-    if (shrinkHash(elem->hash_r()) != bucket) consistent = complain("Element in wrong list: ");
-    return consistent;
 }
 
 // --- iterators ------------------------------------------------------------------------------------
