@@ -26,7 +26,9 @@ WordT loadWord(const UTF8T* p)
     return word;
 }
 
-size_t popCount(WordT word) { return static_cast<size_t>(__builtin_popcountl(word)); }
+// How many bytes have their high bit, of a word without other bits: their sum comes to stand in the top
+// byte. The oldest processors that we build for have no instruction that counts bits.
+size_t countHighBits(WordT highBits) { return (highBits >> 7) * 0x0101010101010101 >> 56; }
 
 // One bit for each byte of the word that begins a character.
 WordT firstBits(WordT word) { return (~word | word << 1) & HIGH_BITS; }
@@ -202,7 +204,7 @@ size_t countHigh(const UTF8T* in, size_t n)
 {
     utfvectors::CountT done = WITH_VECTORS(n, countHigh(in, n));
     for (; n - done.at >= sizeof(WordT); done.at += sizeof(WordT)) {
-        done.count += popCount(loadWord(in + done.at) & HIGH_BITS);
+        done.count += countHighBits(loadWord(in + done.at) & HIGH_BITS);
     }
     for (; done.at < n; ++done.at) done.count += in[done.at] >> 7;
     return done.count;
@@ -229,7 +231,7 @@ size_t countChars(const UTF8T* in, size_t n)
 {
     utfvectors::CountT done = WITH_VECTORS(n, countChars(in, n));
     for (; n - done.at >= sizeof(WordT); done.at += sizeof(WordT)) {
-        done.count += popCount(firstBits(loadWord(in + done.at)));
+        done.count += countHighBits(firstBits(loadWord(in + done.at)));
     }
     for (; done.at < n; ++done.at) done.count += UTF8Is1st(in[done.at]);
     return done.count;
@@ -241,7 +243,7 @@ size_t advance(const UTF8T* in, size_t n, size_t chars, size_t* missing)
     size_t at = done.at;
     chars -= done.count;
     while (n - at >= sizeof(WordT)) {
-        const size_t firsts = popCount(firstBits(loadWord(in + at)));
+        const size_t firsts = countHighBits(firstBits(loadWord(in + at)));
         if (firsts > chars) break;
         chars -= firsts;
         at += sizeof(WordT);

@@ -48,6 +48,15 @@ bool isModifier(UTF8T byte)
     return byte == 'l' || byte == 'h' || byte == 'j' || byte == 'z' || byte == 'q' || byte == 'L';
 }
 
+// The next '%', or the end. Most pieces between directives are shorter than a call is worth.
+const UTF8T* findDirective(const UTF8T* p)
+{
+    for (int i = 0; i < 4; ++i, ++p) {
+        if (*p == '%' || *p == 0) return p;
+    }
+    return bytesOf(strchrnul(reinterpret_cast<const char*>(p), '%'));
+}
+
 timeval now()
 {
     timeval time = {0, 0};
@@ -95,7 +104,7 @@ private:
 void FormatterC::run(const UTF8T* format)
 {
     for (;;) {
-        const UTF8T* const p = bytesOf(strchrnul(reinterpret_cast<const char*>(format), '%'));
+        const UTF8T* const p = findDirective(format);
         m_out.append(format, static_cast<size_t>(p - format));
         if (*p == 0) return;
         format = putDirective(p + 1);

@@ -65,12 +65,11 @@ int FormatValuesC::starValue(const ArgC* a) const
     }
 }
 
-long FormatValuesC::signedValue(const ArgC* a) const
+long FormatValuesC::otherSignedValue(const ArgC* a) const
 {
     switch (kindOf(a)) {
     case ArgC::Bool: return a->asBool();
     case ArgC::Int16: return a->asInt16();
-    case ArgC::Int32: return a->asInt32();
     case ArgC::Int64: return a->asInt64();
     case ArgC::Unsigned16: return static_cast<short>(a->asUnsigned16());
     case ArgC::Unsigned32: return static_cast<int>(a->asUnsigned32());

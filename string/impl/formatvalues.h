@@ -23,8 +23,12 @@ public:
     const ArgC* nth(long index) const noexcept { return m_args[index]; }
     void setNext(long index) noexcept { m_next = index; }
 
-    int starValue(const ArgC* a) const;                 // a width or precision; 0
-    long signedValue(const ArgC* a) const;              // 0
+    int starValue(const ArgC* a) const;   // a width or precision; 0
+    // 0; most arguments are of the first kind
+    long signedValue(const ArgC* a) const
+    {
+        return a != nullptr && a->type() == ArgC::Int32 ? a->asInt32() : otherSignedValue(a);
+    }
     unsigned long unsignedValue(const ArgC* a) const;   // 0
     UCS4 characterValue(const ArgC* a) const;           // a blank
     const void* pointerValue(const ArgC* a) const;      // null
@@ -34,6 +38,7 @@ public:
     void refuse(const ArgC* a) const;
 
 private:
+    long otherSignedValue(const ArgC* a) const;
     template <class ValueT>
     ValueT neutral(const ArgC* a, ValueT value) const;
 
