@@ -35,7 +35,7 @@ StringC formatted(const StringC& text, ArgListC arglist, const ErrnoKeeperC& cal
     return StringC::format(text, std::move(arglist));
 }
 
-void record(ErrorT err, ErrSevT sev, StringC text)
+void record(ErrorT err, ErrSevT sev, StringC&& text)
 {
     if (sev == ERR_SEV_NONE) return;
     ErrBufI* const buf = getErrBuf(2);

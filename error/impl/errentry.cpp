@@ -7,6 +7,8 @@ namespace {
 
 const char SEPARATOR = static_cast<char>(ERR_TEXT_SEPARATOR);
 
+std::string_view bytesOf(const StringC& text) { return {text.utf8(), text.utf8Bytes()}; }
+
 // Takes the text before the next separator off `rest`; without one, all of it.
 StringC takePart(std::string_view& rest)
 {
@@ -25,17 +27,22 @@ void appendLine(StringC& text, const StringC& line)
 
 }   // namespace
 
-ErrEntryC::ErrEntryC(ErrorT error, const StringC& text, ErrSevT severity, ErrSequenceT sequence)
-    : err(error), m_problem(text), sev(severity), seq(sequence), m_message(text)
+ErrEntryC::ErrEntryC(ErrorT error, StringC text, ErrSevT severity, ErrSequenceT sequence)
+    : err(error), m_problem(std::move(text)), sev(severity), seq(sequence)
 {
-    std::string_view rest(text.utf8(), text.utf8Bytes());
-    if (rest.find(SEPARATOR) == std::string_view::npos) return;
+    if (bytesOf(m_problem).find(SEPARATOR) != std::string_view::npos) takeApart();
+}
+
+void ErrEntryC::takeApart()
+{
+    const StringC text = m_problem;
+    std::string_view rest = bytesOf(text);
     m_problem = takePart(rest);
     m_reason = takePart(rest);
     m_solution = takePart(rest);
     m_message = m_problem;
-    appendLine(m_message, m_reason);
-    appendLine(m_message, m_solution);
+    appendLine(*m_message, m_reason);
+    appendLine(*m_message, m_solution);
 }
 
 ErrEntryChainC::ErrEntryChainC(ErrEntryArrayC& array)

@@ -7,16 +7,18 @@
 #include "errbuf.h"
 #include "objarray.h"
 
+#include <optional>
+
 // What has been reported once. Nothing of it changes but the severity.
 class ErrEntryC final : public ErrEntryI {
 public:
     // Takes `text` apart at its separators; what follows a third one is dropped.
-    ErrEntryC(ErrorT error, const StringC& text, ErrSevT severity, ErrSequenceT sequence);
+    ErrEntryC(ErrorT error, StringC text, ErrSevT severity, ErrSequenceT sequence);
     ErrEntryC(const ErrEntryC&) = delete;
     ErrEntryC& operator=(const ErrEntryC&) = delete;
 
     ErrorT error() const override { return err; }
-    StringC message() const override { return m_message; }
+    StringC message() const override { return m_message.has_value() ? *m_message : m_problem; }
     ErrSevT severity() const override { return sev; }
     ErrSequenceT sequence() const override { return seq; }
     void setSeverity(ErrSevT severity) override { sev = severity; }
@@ -27,14 +29,16 @@ public:
 private:
     friend class ErrEntryChainC;
 
+    void takeApart();
+
     const ErrorT err;
     StringC m_problem;
     StringC m_reason;
     StringC m_solution;
     ErrSevT sev;
     const ErrSequenceT seq;
-    StringC m_message;             // the same text as m_problem when that is all
-    ErrEntryC* m_next = nullptr;   // in a chain
+    std::optional<StringC> m_message;   // of more than the problem
+    ErrEntryC* m_next = nullptr;        // in a chain
 };
 
 // Owns its entries, except those that are removed, replaced by put or forgotten by clear.

@@ -5,7 +5,7 @@
 #include "tvxcmn.h"
 
 #include <algorithm>
-#include <memory>
+#include <utility>
 
 namespace {
 
@@ -50,7 +50,10 @@ void CleanUpErrBuf(void* buffer)
     static_cast<ErrBufImplC*>(buffer)->release();
 }
 
-void ErrBufImplC::error(ErrorT err, ErrSevT sev, StringC str) { add(new ErrEntryC(err, str, sev, next.incr())); }
+void ErrBufImplC::error(ErrorT err, ErrSevT sev, StringC str)
+{
+    add(new ErrEntryC(err, std::move(str), sev, next.incr()));
+}
 
 void ErrBufImplC::reset()
 {
@@ -70,8 +73,12 @@ StringC ErrBufImplC::coalesce(ErrSevT& worst)
     m_coalesced.destroyAll();
     ErrEntryChainC taken(*this);
     for (const ErrEntryC* entry = taken.first(); entry != nullptr; entry = ErrEntryChainC::after(entry)) {
-        if (entry != taken.first()) text += UCS4{'\n'};
-        text += entry->message();
+        if (entry == taken.first()) {
+            text = entry->message();
+        } else {
+            text += UCS4{'\n'};
+            text += entry->message();
+        }
         worst = std::max(worst, entry->severity());
     }
     m_coalesced.prepend(taken);
