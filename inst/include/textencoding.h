@@ -57,8 +57,8 @@ public:
 
     // The encoding that is decoded.
     virtual TextEncodingI* fromEncoding() = 0;
-    // A bound for the UTF-8 size of a piece of `n` bytes. A character that was kept from the piece before
-    // may add up to 4 bytes.
+    // A bound for the UTF-8 size of a piece of `n` bytes. What was kept of the piece before adds to it: a
+    // character of up to 6 bytes, or up to 18 bytes when it proves malformed.
     virtual size_t maxDecodedLength(size_t n) = 0;
     // The number of bytes that decodeBytes would write for this piece, given room. Changes nothing.
     virtual size_t decodedLength(const U8BitT* in, size_t n) = 0;

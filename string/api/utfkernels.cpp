@@ -200,6 +200,14 @@ size_t asciiPrefix(const UTF8T* in, size_t n)
     return at;
 }
 
+size_t equalCIPrefix(const UTF8T* a, const UTF8T* b, size_t n)
+{
+    const auto lower = [](UTF8T byte) { return byte >= 'A' && byte <= 'Z' ? byte | 0x20 : byte; };
+    size_t at = WITH_VECTORS(n, equalCIPrefix(a, b, n));
+    while (at < n && (a[at] | b[at]) < 0x80 && lower(a[at]) == lower(b[at])) ++at;
+    return at;
+}
+
 size_t countHigh(const UTF8T* in, size_t n)
 {
     utfvectors::CountT done = WITH_VECTORS(n, countHigh(in, n));

@@ -26,6 +26,9 @@ size_t advance(const UTF8T* in, size_t n, size_t chars, size_t* missing);
 // The number of bytes before the first one above 0x7F, and the number of those above it.
 size_t asciiPrefix(const UTF8T* in, size_t n);
 size_t countHigh(const UTF8T* in, size_t n);
+// The number of bytes before the first place where two texts of `n` bytes are not both ASCII, or differ by
+// more than case.
+size_t equalCIPrefix(const UTF8T* a, const UTF8T* b, size_t n);
 
 // How far a kernel came.
 struct ProgressT {

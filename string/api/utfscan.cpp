@@ -89,6 +89,8 @@ CountT countBits(const UTF8T* in, size_t n, size_t limit, MaskT mask)
     return done;
 }
 
+TVX_STEP simd::U8x32 lowerAscii(simd::U8x32 v) { return v | (simd::U8x32(v - 'A' < 26) & 0x20); }
+
 }   // namespace
 
 size_t asciiPrefix(const UTF8T* in, size_t n)
@@ -99,6 +101,17 @@ size_t asciiPrefix(const UTF8T* in, size_t n)
         const unsigned high = simd::highBits(simd::load<simd::U8x16>(in + at));
         if (high != 0) return at + static_cast<size_t>(__builtin_ctz(high));
         at += sizeof(simd::U8x16);
+    }
+    return at;
+}
+
+size_t equalCIPrefix(const UTF8T* a, const UTF8T* b, size_t n)
+{
+    size_t at = 0;
+    for (; n - at >= sizeof(simd::U8x32); at += sizeof(simd::U8x32)) {
+        const simd::U8x32 x = simd::load<simd::U8x32>(a + at);
+        const simd::U8x32 y = simd::load<simd::U8x32>(b + at);
+        if (simd::any((lowerAscii(x) ^ lowerAscii(y)) | ((x | y) & 0x80))) break;
     }
     return at;
 }

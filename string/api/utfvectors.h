@@ -20,6 +20,8 @@ const size_t BLOCK = 64;   // bytes of UTF-8 that are looked at together
 
 // The number of bytes passed, all of them ASCII.
 size_t asciiPrefix(const UTF8T* in, size_t n);
+// The number of bytes passed, all of them ASCII and equal but for their case.
+size_t equalCIPrefix(const UTF8T* a, const UTF8T* b, size_t n);
 // The number of bytes above 0x7F, and of those that begin a character, in the first `at` bytes: all that
 // make whole blocks, or for `advance` those before the block in which the count would pass `chars`.
 struct CountT {

@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cctype>
 
 namespace {
 
@@ -50,6 +51,28 @@ TEST(UtfKernels, agreeWithAPlainLoopOnWholeCutAndDamagedText)
         const auto isHigh = [](char byte) { return (byte & 0x80) != 0; };
         const auto ascii = std::find_if(text.begin(), text.end(), isHigh) - text.begin();
         ASSERT_EQ(utfkernels::asciiPrefix(bytesOf(text), text.size()), static_cast<size_t>(ascii));
+    }
+}
+
+TEST(UtfKernels, equalCIPrefixIsThatOfTheLoop)
+{
+    TextSourceC source(/*seed=*/222);
+    for (int i = 0; i < 3000; ++i) {
+        std::string a(source.below(130), ' ');
+        for (char& byte : a) byte = static_cast<char>(source.below(i % 8 == 0 ? 256 : 128));
+        std::string b = a;
+        for (char& byte : b)
+            byte = static_cast<char>(std::isalpha(static_cast<unsigned char>(byte)) ? byte ^ 0x20 : byte);
+        if (!b.empty() && i % 2 == 0)
+            b[source.below(static_cast<uint32_t>(b.size()))] ^= 0x20;   // "@" becomes "`", which is no other case
+
+        size_t equal = 0;
+        const auto isSame = [](unsigned char x, unsigned char y) {
+            return x < 0x80 && y < 0x80 && std::tolower(x) == std::tolower(y);
+        };
+        while (equal < a.size() && isSame(static_cast<unsigned char>(a[equal]), static_cast<unsigned char>(b[equal])))
+            ++equal;
+        ASSERT_EQ(utfkernels::equalCIPrefix(bytesOf(a), bytesOf(b), a.size()), equal) << hexOf(a) << "\n" << hexOf(b);
     }
 }
 
