@@ -1,5 +1,5 @@
-// The formatting engine.
-//
+#include "string/impl/format.h"
+
 // The format is walked as bytes: what stands between directives goes out in whole pieces. Numbers and
 // dates are written into small buffers, so that nothing but the resulting body is allocated for them.
 
@@ -385,4 +385,13 @@ void StringImplC::format(void (*emit)(void* ctx, UCS4 ch), void* ctx, const Stri
     CallbackOutputC out(emit, ctx);
     FormatterC(out, args, error).run(TextViewT(fmt).begin);
     out.flush();
+}
+
+void formatTo(FormatOutputC& out, const char* format, const ArgListC& args, int error)
+{
+    FormatterC formatter(out, args, error);
+    const size_t n = std::strlen(format);
+    if (isUTF8(format, n)) return formatter.run(bytesOf(format));
+    out.flush();   // reading it fails
+    formatter.run(TextViewT(StringC(format, n, StringC::CC_SYS8).impl()).begin);
 }

@@ -56,6 +56,7 @@ protected:
     // What was collected and not flushed yet.
     const UTF8T* collected() const noexcept { return m_buffer; }
     size_t collectedBytes() const noexcept { return static_cast<size_t>(m_at - m_buffer); }
+    void forget() noexcept { m_at = m_buffer; }
 
 private:
     // Takes a piece, behind which stands a byte that does not continue a character.
