@@ -21,8 +21,8 @@ public:
     NeverDestroyedM(const NeverDestroyedM&) = delete;
     NeverDestroyedM& operator=(const NeverDestroyedM&) = delete;
 
-    T& operator*() noexcept { return m_object; }
-    T* operator->() noexcept { return &m_object; }
+    constexpr T& operator*() noexcept { return m_object; }
+    constexpr T* operator->() noexcept { return &m_object; }
 
 private:
     union {

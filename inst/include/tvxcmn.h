@@ -10,6 +10,9 @@
 
 class ErrBufI;
 class StringImplFactoryI;
+class TraceControllerI;
+class TracerI;
+class TracerV1I;
 
 #define TVXCMN_EXPORT __attribute__((visibility("default")))
 
@@ -18,10 +21,21 @@ extern "C" {
 // The factory of all string bodies (stringimpl.h). Every version asked for gives the same object.
 TVXCMN_EXPORT StringImplFactoryI* getStringFactory(int version);
 
+// The tracer (tracer.h). Version 2 gives its interface; version 1 gives a TracerV1I, which getTracerV1 below
+// asks for. Any other version is "Tracer version not supported". Otherwise: as version 2.
+TVXCMN_EXPORT TracerI* getTracer(int version);
+
+// The controller of that tracer (tracecontroller.h). Requires version 2 ("Trace Controller version not
+// supported", and "Tracer version not supported"). Otherwise: as version 2.
+TVXCMN_EXPORT TraceControllerI* getTraceController(int version);
+
 // The calling thread's error buffer (errbuf.h), made when the thread first asks. Every version asked for gives
 // the same object. It ends with its thread, unlike everything else that comes from here.
 TVXCMN_EXPORT ErrBufI* getErrBuf(int version);
 
 }   // extern "C"
+
+// The tracer for modules that were built with the first version of its interface.
+inline TracerV1I* getTracerV1() { return reinterpret_cast<TracerV1I*>(getTracer(1)); }
 
 #endif   // TVXCMN_TVXCMN_H

@@ -7,6 +7,7 @@
 #include <mutex>
 #include <string_view>
 #include <sys/stat.h>
+#include <sys/time.h>
 #include <unistd.h>
 #include <vector>
 
@@ -72,6 +73,7 @@ int FaultC::next(const char* call)
 
 WRAPPED(int, ftruncate, (int fd, off_t length), (fd, length))
 WRAPPED(int, stat, (const char* path, struct stat* info), (path, info))
+WRAPPED(int, gettimeofday, (timeval * now, void* zone), (now, zone))
 WRAPPED(int, fstat, (int fd, struct stat* info), (fd, info))
 WRAPPED_TRANSFER(read, (int fd, void* data, size_t size), size, (fd, data, size))
 WRAPPED_TRANSFER(write, (int fd, const void* data, size_t size), size, (fd, data, size))
