@@ -27,15 +27,14 @@ void appendLine(StringC& text, const StringC& line)
 
 }   // namespace
 
-ErrEntryC::ErrEntryC(ErrorT error, StringC text, ErrSevT severity, ErrSequenceT sequence)
-    : err(error), m_problem(std::move(text)), sev(severity), seq(sequence)
+ErrEntryC::ErrEntryC(ErrorT error, const StringC& text, ErrSevT severity, ErrSequenceT sequence)
+    : err(error), m_problem(text), sev(severity), seq(sequence)
 {
-    if (bytesOf(m_problem).find(SEPARATOR) != std::string_view::npos) takeApart();
+    if (bytesOf(text).find(SEPARATOR) != std::string_view::npos) takeApart(text);
 }
 
-void ErrEntryC::takeApart()
+void ErrEntryC::takeApart(const StringC& text)
 {
-    const StringC text = m_problem;
     std::string_view rest = bytesOf(text);
     m_problem = takePart(rest);
     m_reason = takePart(rest);

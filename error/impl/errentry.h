@@ -13,7 +13,7 @@
 class ErrEntryC final : public ErrEntryI {
 public:
     // Takes `text` apart at its separators; what follows a third one is dropped.
-    ErrEntryC(ErrorT error, StringC text, ErrSevT severity, ErrSequenceT sequence);
+    ErrEntryC(ErrorT error, const StringC& text, ErrSevT severity, ErrSequenceT sequence);
     ErrEntryC(const ErrEntryC&) = delete;
     ErrEntryC& operator=(const ErrEntryC&) = delete;
 
@@ -29,7 +29,7 @@ public:
 private:
     friend class ErrEntryChainC;
 
-    void takeApart();
+    void takeApart(const StringC& text);
 
     const ErrorT err;
     StringC m_problem;

@@ -1,11 +1,12 @@
 #include "error/impl/errimpl.h"
 
 #include "cmnlib/neverdestroyed.h"
+#include "error/impl/traceerror.h"
 #include "threadptr.h"
 #include "tvxcmn.h"
 
 #include <algorithm>
-#include <utility>
+#include <memory>
 
 namespace {
 
@@ -19,6 +20,11 @@ ThreadSpecificPointerM<ErrBufImplC>& errbuf_ptr()
 {
     static NeverDestroyedM<ThreadSpecificPointerM<ErrBufImplC>> pointer(CleanUpErrBuf);
     return *pointer;
+}
+
+void announce(const char* action, const ErrEntryC& entry)
+{
+    TraceError(action, entry.error(), entry.severity(), entry.message());
 }
 
 void setThreadBuffer(ErrBufImplC* buffer)
@@ -52,18 +58,28 @@ void CleanUpErrBuf(void* buffer)
 
 void ErrBufImplC::error(ErrorT err, ErrSevT sev, StringC str)
 {
-    add(new ErrEntryC(err, std::move(str), sev, next.incr()));
+    add(new ErrEntryC(err, str, sev, next.incr()));
+    TraceError("Occurrence", err, sev, str);
 }
 
 void ErrBufImplC::reset()
 {
-    ErrEntryChainC taken(*this);
+    const ErrEntryChainC taken(*this);
     m_coalesced.destroyAll();
+    for (const ErrEntryC* entry = taken.first(); entry != nullptr; entry = ErrEntryChainC::after(entry)) {
+        announce("Report", *entry);
+    }
 }
 
 void ErrBufImplC::rollback(ErrSequenceT which)
 {
-    while (size() != 0 && (*this)[size() - 1]->sequence() >= which) destroy(size() - 1);
+    const ErrSequenceT end = next;
+    for (size_t n = size(); n-- > 0;) {
+        if (n >= size() || (*this)[n]->sequence() >= end) continue;   // a consumer took entries out, or added some
+        if ((*this)[n]->sequence() < which) return;
+        const std::unique_ptr<const ErrEntryC> entry(remove(n));
+        announce("Recovery", *entry);
+    }
 }
 
 StringC ErrBufImplC::coalesce(ErrSevT& worst)
@@ -79,6 +95,7 @@ StringC ErrBufImplC::coalesce(ErrSevT& worst)
             text += UCS4{'\n'};
             text += entry->message();
         }
+        announce("Report", *entry);
         worst = std::max(worst, entry->severity());
     }
     m_coalesced.prepend(taken);

@@ -1,9 +1,11 @@
 #include "error/impl/errimpl.h"
 #include "errorapi.h"
+#include "support/allocations.h"
 #include "support/helpers.h"
 #include "tvxcmn.h"
 
 #include <gtest/gtest.h>
+#include <malloc.h>
 #include <memory>
 #include <set>
 #include <thread>
@@ -151,6 +153,21 @@ TEST(GetErrBuf, livesOnForWhoeverRetainsIt)
     EXPECT_EQ(theirs->checkpoint(), 2U);
     EXPECT_STREQ(theirs->get(0)->message().utf8(), "theirs");
     theirs->release();
+}
+
+// Under a sanitizer, whose heap grows by itself, only leaks are looked for.
+TEST(GetErrBuf, isEmptiedAMillionTimesInTheSameMemory)
+{
+    const int rounds = countsAllocations() ? 1000000 : 10000;
+    size_t before = 0;
+    for (int round = 0; round < rounds; ++round) {
+        if (round == 1000) before = mallinfo2().uordblks;
+        Error(DISK, "x");
+        ErrSevT worst;
+        getErrBuf(2)->coalesce(worst);
+    }
+    if (!countsAllocations()) return;
+    EXPECT_LT(mallinfo2().uordblks, before + 1000);
 }
 
 // A thread's last words: reported when its buffer is already gone.

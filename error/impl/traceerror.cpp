@@ -1,0 +1,108 @@
+#include "error/impl/traceerror.h"
+
+#include "arglist.h"
+#include "cmnlib/errnokeeper.h"
+#include "tracer.h"
+#include "tracing/tracedelivery.h"
+#include "tvxcmn.h"
+
+#include <algorithm>
+#include <atomic>
+#include <cstdio>
+#include <cstring>
+#include <memory>
+#include <string>
+#include <string_view>
+
+namespace {
+
+const char SEPARATOR = static_cast<char>(ERR_TEXT_SEPARATOR);
+
+// The class of one action on one failure. Immutable, and never freed.
+struct AnnouncedT {
+    const char* action;
+    unsigned number;   // see numberOf
+    char traceClass[64];
+    const unsigned* net;      // the class's mask
+    const AnnouncedT* next;   // in its bucket
+};
+
+// Classes that have been asked for before, so that a failure that nobody wants to see costs neither a text nor
+// a look-up in the tracer. Two threads may both add one; the older one is not found any more.
+constinit std::atomic<const AnnouncedT*> knownClasses[256];
+
+ErrSevT shownSeverity(ErrSevT sev) { return std::clamp(sev, ERR_SEV_NONE, ERR_SEV_FATAL); }
+
+const char* severityName(ErrSevT sev)
+{
+    static const char* const NAMES[] = {"None", "Monitor", "Information", "Warning", "Error", "Fatal"};
+    return NAMES[shownSeverity(sev)];
+}
+
+// What tells the failures of one action apart: bits 0-15 message, 16-27 set, 28-30 severity.
+unsigned numberOf(ErrorT err, ErrSevT sev)
+{
+    return static_cast<unsigned>(shownSeverity(sev)) << 28 | ErrorSetOf(err) << 16 | ErrorMessageOf(err);
+}
+
+const AnnouncedT* knownClass(const AnnouncedT* first, const char* action, unsigned number)
+{
+    for (const AnnouncedT* known = first; known != nullptr; known = known->next) {
+        if (known->number == number && std::strcmp(known->action, action) == 0) return known;
+    }
+    return nullptr;
+}
+
+// Null when the tracer cannot look the class up.
+const AnnouncedT* announcedClass(const char* action, ErrorT err, ErrSevT sev)
+{
+    const unsigned number = numberOf(err, sev);
+    std::atomic<const AnnouncedT*>& bucket = knownClasses[(number ^ number >> 16) % std::size(knownClasses)];
+    const AnnouncedT* first = bucket.load(std::memory_order_acquire);
+    if (const AnnouncedT* const known = knownClass(first, action, number)) return known;
+
+    auto made = std::make_unique<AnnouncedT>(AnnouncedT{action, number, "", nullptr, first});
+    std::snprintf(made->traceClass, sizeof made->traceClass, "0,Error/%s/%s/%u/%u", action, severityName(sev),
+                  ErrorSetOf(err), ErrorMessageOf(err));
+    getTracer(2)->enabled(made->traceClass, &made->net);
+    if (made->net == nullptr) return nullptr;
+    while (!bucket.compare_exchange_weak(made->next, made.get(), std::memory_order_acq_rel)) {
+    }
+    return made.release();
+}
+
+// The text with its parts named. Without a solution's separator the reason is left out: the announcement of
+// such a failure is its problem.
+StringC shownText(const StringC& str)
+{
+    std::string_view rest(str.utf8(), str.utf8Bytes());
+    const size_t problem = rest.find(SEPARATOR);
+    if (problem == std::string_view::npos) return str;
+
+    std::string shown;
+    if (problem > 0) shown.append("Problem: ").append(rest.substr(0, problem));
+    rest.remove_prefix(problem + 1);
+    const size_t reason = rest.find(SEPARATOR);
+    if (reason != std::string_view::npos) {
+        if (!shown.empty()) shown += ", ";
+        if (reason > 0) shown.append("Reason: ").append(rest.substr(0, reason));
+        rest.remove_prefix(reason + 1);
+        if (!rest.empty() && reason > 0) shown += ", ";
+        if (!rest.empty()) shown.append("Solution: ").append(rest);
+    }
+    return {shown.data(), shown.size(), StringC::CC_VALID_UTF8};
+}
+
+}   // namespace
+
+void TraceError(const char* action, ErrorT err, ErrSevT sev, const StringC& str)
+{
+    if (TraceDeliveryC::isRunning()) return;
+    const ErrnoKeeperC keeper;
+    const AnnouncedT* const announced = announcedClass(action, err, sev);
+    if (announced == nullptr || __atomic_load_n(announced->net, __ATOMIC_RELAXED) == 0) return;
+    const unsigned* net = announced->net;
+    getTracer(2)->trace(announced->traceClass, &net, "%s %s (s%dm%d): %S",
+                        ArgListC() << severityName(sev) << action << static_cast<int>(ErrorSetOf(err))
+                                   << static_cast<int>(ErrorMessageOf(err)) << shownText(str));
+}
