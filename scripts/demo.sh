@@ -1,16 +1,18 @@
 #!/usr/bin/env bash
-# Builds examples/textinfo and runs it over real texts of this machine: licences, the Unicode data files
-# and readings of Chinese, Japanese and Korean characters. Each text is converted between the encodings,
-# and the result compared with what iconv writes, byte for byte.
+# Builds the examples and runs them over real texts of this machine: licences, the Unicode data files
+# and readings of Chinese, Japanese and Korean characters. textinfo converts each text between the encodings,
+# and the result is compared with what iconv writes, byte for byte. agent inspects them in several threads, one
+# damaged and one missing, and its trace file is shown.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 
 scripts/setup.sh base test demo
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
-{ cmake --preset release && cmake --build --preset release --target textinfo; } >"$work/log" 2>&1 ||
+{ cmake --preset release && cmake --build --preset release --target textinfo agent; } >"$work/log" 2>&1 ||
   { cat "$work/log" >&2; exit 1; }
 textinfo=$PWD/build/release/examples/textinfo
+agent=$PWD/build/release/examples/agent
 
 declare -A ICONV_NAMES=([utf8]=UTF-8 [utf16]=UTF-16LE [utf16be]=UTF-16BE [wchar_t]=UTF-32LE [iso-8859-1]=ISO-8859-1)
 
@@ -51,3 +53,23 @@ for text in *; do
   done
 done
 echo "$count conversions, all byte for byte what iconv writes."
+
+echo
+echo "What agent finds when one of them has been damaged and one is gone:"
+for text in *; do cksum <"$text" >"$text.sum"; done
+printf 'x' | dd of=GPL-3 bs=1 seek=100 conv=notrunc status=none
+cat >"$work/profile" <<PROFILE
+# the files, not each piece that is read; and all that went wrong
+agent
+-agent/file/read
+Error
+timestamp = yes
+show_class = yes
+trace_timers = yes
+filename = $work/trace
+PROFILE
+"$agent" --profile "$work/profile" Apache-2.0 GPL-3 NamesList.txt missing.txt || [ $? -eq 1 ]
+
+echo
+echo "What it has traced:"
+sed 's/^/  /' "$work/trace"
