@@ -25,10 +25,12 @@ int HexAlpha(UCS4 ch)
     return -1;
 }
 
+int DecimalDigit(UCS4 ch) { return ch - '0' < 10 ? static_cast<int>(ch - '0') : ch < 0x80 ? -1 : UCS4Digit(ch); }
+
 // The value of a digit of a base, or -1. Base 1 is a tally: it also counts the digit 1.
 int Digit(UCS4 ch, int base)
 {
-    int value = UCS4Digit(ch);
+    int value = DecimalDigit(ch);
     if (value < 0 && base > 10) value = HexAlpha(ch);
     return value < base || (base == 1 && value == 1) ? value : -1;
 }
@@ -42,12 +44,12 @@ public:
     UCS4 peek() const
     {
         const UTF8T* p = m_next;
-        return UTF8Get(p);
+        return *p < 0x80 ? *p : UTF8Get(p);
     }
     UCS4 get()
     {
         ++index;
-        return UTF8Get(m_next);
+        return *m_next < 0x80 ? *m_next++ : UTF8Get(m_next);
     }
     void skipWhite()
     {
@@ -82,7 +84,7 @@ bool NumberReaderC::readSign()
 int NumberReaderC::readBase(int radix)
 {
     const NumberReaderC before(*this);
-    if (UCS4Digit(get()) == 0 && !atEnd()) {
+    if (DecimalDigit(get()) == 0 && !atEnd()) {
         const UCS4 letter = get() | 0x20;
         if (letter == 'b' && (radix == 0 || radix == 2)) return 2;
         if (letter == 'x' && (radix == 0 || radix == 16)) return 16;
