@@ -1,5 +1,7 @@
 #include "error/impl/errentry.h"
 
+#include "string/impl/textview.h"
+
 #include <string_view>
 #include <utility>
 
@@ -7,7 +9,11 @@ namespace {
 
 const char SEPARATOR = static_cast<char>(ERR_TEXT_SEPARATOR);
 
-std::string_view bytesOf(const StringC& text) { return {text.utf8(), text.utf8Bytes()}; }
+std::string_view bytesOf(const StringC& text)
+{
+    const TextViewT view(text.impl());
+    return {reinterpret_cast<const char*>(view.begin), view.size};
+}
 
 // Takes the text before the next separator off `rest`; without one, all of it.
 StringC takePart(std::string_view& rest)

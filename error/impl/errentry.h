@@ -18,13 +18,15 @@ public:
     ErrEntryC& operator=(const ErrEntryC&) = delete;
 
     ErrorT error() const override { return err; }
-    StringC message() const override { return m_message.has_value() ? *m_message : m_problem; }
+    StringC message() const override { return text(); }
     ErrSevT severity() const override { return sev; }
     ErrSequenceT sequence() const override { return seq; }
     void setSeverity(ErrSevT severity) override { sev = severity; }
     StringC problem() const override { return m_problem; }
     StringC reason() const override { return m_reason; }
     StringC solution() const override { return m_solution; }
+
+    const StringC& text() const { return m_message.has_value() ? *m_message : m_problem; }   // the message
 
 private:
     friend class ErrEntryChainC;

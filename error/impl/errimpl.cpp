@@ -24,7 +24,7 @@ ThreadSpecificPointerM<ErrBufImplC>& errbuf_ptr()
 
 void announce(const char* action, const ErrEntryC& entry)
 {
-    TraceError(action, entry.error(), entry.severity(), entry.message());
+    TraceError(action, entry.error(), entry.severity(), entry.text());
 }
 
 void setThreadBuffer(ErrBufImplC* buffer)
@@ -90,10 +90,10 @@ StringC ErrBufImplC::coalesce(ErrSevT& worst)
     ErrEntryChainC taken(*this);
     for (const ErrEntryC* entry = taken.first(); entry != nullptr; entry = ErrEntryChainC::after(entry)) {
         if (entry == taken.first()) {
-            text = entry->message();
+            text = entry->text();
         } else {
             text += UCS4{'\n'};
-            text += entry->message();
+            text += entry->text();
         }
         announce("Report", *entry);
         worst = std::max(worst, entry->severity());

@@ -48,7 +48,8 @@ unsigned numberOf(ErrorT err, ErrSevT sev)
 const AnnouncedT* knownClass(const AnnouncedT* first, const char* action, unsigned number)
 {
     for (const AnnouncedT* known = first; known != nullptr; known = known->next) {
-        if (known->number == number && std::strcmp(known->action, action) == 0) return known;
+        if (known->number != number) continue;
+        if (known->action == action || std::strcmp(known->action, action) == 0) return known;
     }
     return nullptr;
 }
