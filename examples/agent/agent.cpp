@@ -50,7 +50,7 @@ bool parse(int argc, char** argv, OptionsT& options)
             options.profile = value;
             ++i;
         } else if (word == "--threads") {
-            options.threads = std::atol(value);
+            options.threads = std::strtol(value, nullptr, 10);
             ++i;
         } else if (word.size() > 1 && word[0] == '-') {
             return false;
