@@ -5,6 +5,10 @@
 
 #include "errorapi.h"
 #include "stringc.h"
+#include "traceconsumer.h"
+#include "tracecontroller.h"
+#include "tracer.h"
+#include "tracesite.h"
 #include "tvxcmn.h"
 
 #include <atomic>
@@ -44,10 +48,25 @@ void useErrors()
     failUnless(getErrBuf(2)->count() == 0);
 }
 
+// Traces to a file that takes everything, in lines that wait for others.
+void useTracer()
+{
+    TraceDefaultConsumerI* const file = getTracer(2)->getDefaultConsumer();
+    static TraceSiteC site("lifetime");
+    if (!site.isEnabled()) {
+        file->setFilePattern("/dev/null");
+        file->setFlushFreq(3);
+        failUnless(getTraceController(2)->enable(file, "lifetime") == 0);
+    }
+    failUnless(site.isEnabled());
+    site.trace("%s", "x");
+}
+
 void useAll()
 {
     useStrings();
     useErrors();
+    useTracer();
 }
 
 struct EdgeC {

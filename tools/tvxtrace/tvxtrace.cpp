@@ -1,0 +1,160 @@
+// tvxtrace: checks trace profiles, and tells what one does to a class.
+//
+// Exit status: 0 nothing found; 1 findings; 2 wrong use; 3 a profile cannot be read.
+
+#include "explain.h"
+#include "jsontext.h"
+#include "profilelint.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace {
+
+const char USAGE[] = "usage: tvxtrace lint [--json] PROFILE...\n"
+                     "       tvxtrace explain [--json] PROFILE CLASS\n"
+                     "       tvxtrace --help\n";
+const char HELP[] =
+    "\n"
+    "lint prints what is wrong in trace profiles, as FILE:LINE:COLUMN: what; columns count bytes. It finds\n"
+    "unknown attributes, values that mean nothing, lines of more than 255 bytes, wildcards that match\n"
+    "nothing, and classes that are named twice.\n"
+    "\n"
+    "explain prints whether a class is on under a profile, and the classes from its root down to it: their\n"
+    "detail increments, whether the profile turns them on or off, and how much detail is left below them.\n"
+    "A class that is not set follows its parent while there is detail left (0 or more).\n"
+    "\n"
+    "Exit status: 0 nothing found, 1 findings, 2 wrong use, 3 a profile cannot be read.\n";
+
+enum StatusT { STATUS_CLEAN = 0, STATUS_FINDINGS = 1, STATUS_USAGE = 2, STATUS_UNREADABLE = 3 };
+
+typedef std::unique_ptr<std::FILE, int (*)(std::FILE*)> FileT;
+
+StatusT unreadable(const std::string& path)
+{
+    std::fprintf(stderr, "tvxtrace: %s: %s\n", path.c_str(), std::strerror(errno));
+    return STATUS_UNREADABLE;
+}
+
+// ---- lint -------------------------------------------------------------------------------------------
+
+class LintOutputC {
+public:
+    explicit LintOutputC(bool isJson) : m_isJson(isJson) {}
+
+    void add(const std::string& path, const FindingT& finding)
+    {
+        if (m_isJson) {
+            std::printf("%s{\"file\": %s, \"line\": %d, \"column\": %zu, \"message\": %s}",
+                        m_count == 0 ? "[\n " : ",\n ", jsonOf(path).c_str(), finding.line, finding.column,
+                        jsonOf(finding.message).c_str());
+        } else {
+            std::printf("%s:%d:%zu: %s\n", path.c_str(), finding.line, finding.column, finding.message.c_str());
+        }
+        ++m_count;
+    }
+    StatusT finish() const
+    {
+        if (m_isJson) std::puts(m_count == 0 ? "[]" : "\n]");
+        return m_count == 0 ? STATUS_CLEAN : STATUS_FINDINGS;
+    }
+
+private:
+    const bool m_isJson;
+    size_t m_count = 0;
+};
+
+StatusT lint(const std::vector<std::string>& paths, bool isJson)
+{
+    LintOutputC output(isJson);
+    StatusT status = STATUS_CLEAN;
+    for (const std::string& path : paths) {
+        const FileT file(std::fopen(path.c_str(), "re"), std::fclose);
+        if (file == nullptr) {
+            status = unreadable(path);
+            continue;
+        }
+        for (const FindingT& finding : lintProfile(file.get())) output.add(path, finding);
+        if (std::ferror(file.get()) != 0) status = unreadable(path);
+    }
+    return std::max(status, output.finish());
+}
+
+// ---- explain ----------------------------------------------------------------------------------------
+
+void printJson(const ExplanationT& explanation)
+{
+    const ChainLinkT& last = explanation.chain.back();
+    std::printf("{\"class\": %s, \"on\": %s, \"mask\": %d, \"max_detail\": %d, \"chain\": [", jsonOf(last.name).c_str(),
+                last.isOn ? "true" : "false", last.isOn ? 1 : 0, explanation.maxDetail);
+    const char* separator = "\n ";
+    for (const ChainLinkT& link : explanation.chain) {
+        std::printf("%s{\"class\": %s, \"increment\": %d, \"set\": \"%s\", \"left\": %d, \"on\": %s}", separator,
+                    jsonOf(link.name).c_str(), link.increment, link.set, link.left, link.isOn ? "true" : "false");
+        separator = ",\n ";
+    }
+    std::puts("\n]}");
+}
+
+void printText(const ExplanationT& explanation)
+{
+    const ChainLinkT& last = explanation.chain.back();
+    std::printf("%s is %s, mask 0x%x, with max_detail %d\n", last.name.c_str(), last.isOn ? "on" : "off",
+                last.isOn ? 1U : 0U, explanation.maxDetail);
+    size_t width = std::strlen("class");
+    for (const ChainLinkT& link : explanation.chain) width = std::max(width, link.name.size());
+    std::printf("  %-*s  increment  set       left  on\n", static_cast<int>(width), "class");
+    for (const ChainLinkT& link : explanation.chain) {
+        std::printf("  %-*s  %-9d  %-8s  %-4s  %s\n", static_cast<int>(width), link.name.c_str(), link.increment,
+                    link.set, link.left < 0 ? "-" : std::to_string(link.left).c_str(), link.isOn ? "yes" : "no");
+    }
+}
+
+StatusT explain(const std::string& path, const std::string& traceClass, bool isJson)
+{
+    const FileT file(std::fopen(path.c_str(), "re"), std::fclose);
+    if (file == nullptr || (std::getc(file.get()) == EOF && std::ferror(file.get()) != 0)) return unreadable(path);
+    const ExplanationT explanation = explainClass(path, traceClass);
+    if (isJson) {
+        printJson(explanation);
+    } else {
+        printText(explanation);
+    }
+    return STATUS_CLEAN;
+}
+
+StatusT wrongUse()
+{
+    std::fputs(USAGE, stderr);
+    return STATUS_USAGE;
+}
+
+}   // namespace
+
+int main(int argc, char** argv)
+{
+    bool isJson = false;
+    std::vector<std::string> words;
+    for (int i = 1; i < argc; ++i) {
+        const std::string word = argv[i];
+        if (word == "--help") {
+            std::printf("%s%s", USAGE, HELP);
+            return STATUS_CLEAN;
+        }
+        if (word == "--json") {
+            isJson = true;
+        } else if (word.rfind("--", 0) == 0) {
+            return wrongUse();
+        } else {
+            words.push_back(word);
+        }
+    }
+    if (words.size() > 1 && words[0] == "lint") return lint({words.begin() + 1, words.end()}, isJson);
+    if (words.size() == 3 && words[0] == "explain") return explain(words[1], words[2], isJson);
+    return wrongUse();
+}
