@@ -1,7 +1,8 @@
 // errorapi.h: reporting failures, and taking them back.
 //
 // A report is a number and a default text. The text that is recorded comes from the message catalogs
-// when one of them knows the number, and otherwise is the default text. Both may say their severity:
+// when one of them knows the number, and otherwise is the system's own text if the number is that of an
+// errno (which is an error), or the default text. Texts may say their severity:
 //
 //     "{w} Disk nearly full"     a mark of the letters e error, w warning, i information, m monitor, f fatal,
 //                                # not recorded at all; the last letter counts
