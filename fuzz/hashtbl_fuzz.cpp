@@ -24,6 +24,7 @@ public:
 
 private:
     void add(unsigned long key);
+    void addMany(unsigned long first);
     void put(unsigned long key);
     void remove(unsigned long key);
     void removeElem(unsigned long key);
@@ -52,9 +53,7 @@ void MapAndModelC::step(FuzzInputC& input)
     case 1: return m_held.clear();
     case 2: return m_map.grow();
     case 3: return removeEach(static_cast<long>(key % 5 + 1));
-    case 4:
-        for (unsigned long i = 0; i < 256; ++i) add(key * 256 + i);
-        return;
+    case 4: return addMany(key * 256);
     case 5: return removeElem(key);
     case 6:
     case 7: return remove(key);
@@ -71,6 +70,14 @@ void MapAndModelC::add(unsigned long key)
     m_map.add(key, ++m_value);
     valuesOf(key).push_back(m_value);
     ++m_count;
+}
+
+// So that there are more buckets than the table keeps in one piece, and not many more.
+void MapAndModelC::addMany(unsigned long first)
+{
+    const size_t most = 3000;
+    if (m_count >= most) return;
+    for (unsigned long i = 0; i < 256; ++i) add(first + i);
 }
 
 void MapAndModelC::put(unsigned long key)
@@ -183,7 +190,7 @@ void MapAndModelC::check()
 
 int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
 {
-    const unsigned BATCH = 64;
+    const unsigned BATCH = 256;
     FuzzInputC input(data, size);
     MapAndModelC both;
     while (!input.isEmpty()) {
