@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """Turns the result files of the benchmark programs into tables, JSON lines and a chart.
 
-    report.py [--json] [--svg FILE] RESULT.json...
+    report.py [--json | --markdown] [--svg FILE] RESULT.json...
 
 Every figure is the median of a row's repetitions, as time for one item or one KiB: less is better. The
 ratio is ours to the best other library, so below 1 ours is faster. "limit" is what the machine needs at
@@ -91,6 +91,14 @@ def table(workloads):
     return "\n".join([f"== {workloads[0].group} =="] + lines)
 
 
+def markdown(workloads):
+    rows = [["workload", "unit", "ours", "best other", "its time", "ratio", "limit"], ["---"] * 2 + ["--:", "---"] + ["--:"] * 3]
+    for w in workloads:
+        rows.append([w.name, w.unit, number(w.median(OURS)), w.best() or "-", number(w.peers().get(w.best())),
+                     number(w.ratio()), number(w.median(LIMIT))])
+    return "\n".join(f"| {' | '.join(row)} |" for row in rows)
+
+
 def chart(workloads):
     """Bars of the ratios on a logarithmic scale; the line in the middle is 1, left of it ours is faster."""
     rated = [w for w in workloads if w.ratio()]
@@ -115,6 +123,7 @@ def main():
     arguments = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
     arguments.add_argument("--json", action="store_true")
     arguments.add_argument("--svg", metavar="FILE")
+    arguments.add_argument("--markdown", action="store_true", help="tables as docs/performance.md holds them")
     arguments.add_argument("results", nargs="+")
     options = arguments.parse_args()
 
@@ -125,7 +134,7 @@ def main():
             for workload in group:
                 print(json.dumps(workload.as_json(), ensure_ascii=False))
         else:
-            print(table(group) + "\n")
+            print((markdown if options.markdown else table)(group) + "\n")
     if options.svg:
         pathlib.Path(options.svg).write_text(chart(workloads), encoding="utf-8")
 

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Measures the library beside other public libraries and prints one table for each group.
-#   scripts/bench.sh [GROUP...] [--json] [--svg FILE] [--filter REGEX]
+#   scripts/bench.sh [GROUP...] [--json | --markdown] [--svg FILE] [--filter REGEX]
 # All rows of a group run in one process on one processor, their repetitions interleaved at random, so
 # that a disturbance of the machine does not fall on one library. BENCH_CPU (the last one),
 # BENCH_REPETITIONS (7) and BENCH_MIN_TIME (0.05, in seconds) change how.
@@ -11,7 +11,7 @@ cd "$(dirname "${BASH_SOURCE[0]}")/.."
 groups=() report=() filter=.
 while [ $# -gt 0 ]; do
   case "$1" in
-    --json) report+=(--json) ;;
+    --json | --markdown) report+=("$1") ;;
     --svg) report+=(--svg "$(cd "$caller" && realpath -m "${2:?}")"); shift ;;
     --filter) filter=${2:?}; shift ;;
     -*) sed -n '2,6s/^# \?//p' "${BASH_SOURCE[0]}" >&2; exit 2 ;;
