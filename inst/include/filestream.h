@@ -90,7 +90,7 @@ public:
 
 private:
     NativeFileDescT fileHandle;   // -1 when closed
-    const FileOpenModeT mode;
+    [[maybe_unused]] const FileOpenModeT mode;
     const FileAccessT access;
 };
 
