@@ -88,7 +88,7 @@ int main()
     std::thread([] {
         for (;;) {
             useAll();
-            std::thread(useErrors).join();   // with a buffer of its own
+            getErrBuf(2)->release();   // the next round makes a new one
             isRunning = true;
         }
     }).detach();
