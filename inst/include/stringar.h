@@ -15,7 +15,7 @@
 class StringArrayEntryC : public StringC {
 public:
     StringArrayEntryC() = default;
-    StringArrayEntryC(StringC text) : StringC(std::move(text)) {}
+    explicit StringArrayEntryC(StringC&& text) noexcept : StringC(std::move(text)) {}
 };
 
 class StringArrayC : public BlobArrayC {
@@ -72,7 +72,7 @@ public:
 
 private:
     StringArrayEntryC* entry(size_t n) const { return static_cast<StringArrayEntryC*>(BlobArrayC::operator[](n)); }
-    void addAt(size_t index, StringC text);
+    void addAt(size_t index, StringC&& text);
 };
 
 #endif   // TVXCMN_STRINGAR_H

@@ -51,7 +51,7 @@ void StringArrayC::clear()
 
 // The empty string that stays needs no end of its own: nobody counts the handles of the empty text. So
 // whoever drops the place without looking at it, or calls here again, does no harm.
-void StringArrayC::destroy(void* element) { *static_cast<StringArrayEntryC*>(element) = StringArrayEntryC(); }
+void StringArrayC::destroy(void* element) { StringC().swap(*static_cast<StringArrayEntryC*>(element)); }
 
 void StringArrayC::sort(int (*cmp)(void* closure, const void* a, const void* b), void* closure)
 {
@@ -96,7 +96,7 @@ int StringArrayC::compare(const StringArrayC& other) const
     return size() < other.size() ? -1 : size() > other.size();
 }
 
-void StringArrayC::addAt(size_t index, StringC text)
+void StringArrayC::addAt(size_t index, StringC&& text)
 {
     ::new (BlobArrayC::addAt(index)) StringArrayEntryC(std::move(text));
 }
