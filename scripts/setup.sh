@@ -15,7 +15,7 @@ declare -A PACKAGES=(
   [package]="dpkg-dev file binutils"
   [demo]="libc-bin base-files bzip2 diffutils unicode-data"
   [bench]="libbenchmark-dev libabsl-dev libboost1.81-dev libfmt-dev libglib2.0-dev libicu-dev qt6-base-dev
-           python3 util-linux"
+           libgoogle-glog-dev libspdlog-dev python3 util-linux"
 )
 
 isInstalled() { [ "$(dpkg-query -W -f='${db:Status-Status}' "$1" 2>/dev/null)" = installed ]; }
