@@ -39,32 +39,39 @@ void LatchC::renewInChild()
 
 CountingLatchC::~CountingLatchC() { pthread_mutex_destroy(&mutex); }
 
+// Who enters again only counts: the mutex is locked once.
 void CountingLatchC::enter()
 {
-    pthread_mutex_lock(&mutex);
-    if (m_depth++ == 0) m_owner = pthread_self();
+    if (!holding()) {
+        pthread_mutex_lock(&mutex);
+        setOwner(pthread_self());
+    }
+    ++m_depth;
 }
 
 void CountingLatchC::leave()
 {
-    if (!holding()) return;
-    if (--m_depth == 0) m_owner = 0;
+    if (!holding() || --m_depth > 0) return;
+    setOwner(0);
     pthread_mutex_unlock(&mutex);
 }
 
-BooleanT CountingLatchC::holding() const { return m_owner == pthread_self(); }
+BooleanT CountingLatchC::holding() const { return __atomic_load_n(&m_owner, __ATOMIC_RELAXED) == pthread_self(); }
 
 BooleanT CountingLatchC::probe()
 {
-    if (pthread_mutex_trylock(&mutex) != 0) return false;
-    if (m_depth++ == 0) m_owner = pthread_self();
+    if (!holding()) {
+        if (pthread_mutex_trylock(&mutex) != 0) return false;
+        setOwner(pthread_self());
+    }
+    ++m_depth;
     return true;
 }
 
 void CountingLatchC::renewInChild()
 {
-    for (unsigned long n = m_depth; n > 0; --n) pthread_mutex_unlock(&mutex);
+    pthread_mutex_unlock(&mutex);
     mutex = PTHREAD_RECURSIVE_MUTEX_INITIALIZER_NP;
-    for (unsigned long n = --m_depth; n > 0; --n) pthread_mutex_lock(&mutex);
-    if (m_depth == 0) m_owner = 0;
+    pthread_mutex_lock(&mutex);
+    leave();
 }

@@ -149,9 +149,11 @@ void TraceControllerC::deliver(TraceEnabledT mask, const char* traceClass, int i
     const int error = errno;
     const TraceSectionC section(*this);
     const TraceDeliveryC delivery;
-    for (size_t i = 0; i < TRACE_BITS && i < TraceConsumerArrayC::size(); ++i) {
-        TraceConsumerI* const consumer = TraceConsumerArrayC::operator[](i).consumer;
-        if ((mask >> i & 1) == 0 || consumer == nullptr) continue;
+    for (; mask != 0; mask &= mask - 1) {
+        const size_t slot = static_cast<size_t>(__builtin_ctz(mask));
+        if (slot >= TraceConsumerArrayC::size()) break;
+        TraceConsumerI* const consumer = TraceConsumerArrayC::operator[](slot).consumer;
+        if (consumer == nullptr) continue;
         errno = error;
         if (consumer->message(traceClass, indent, format, args) != 0) unregisterConsumer(consumer);
     }

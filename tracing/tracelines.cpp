@@ -28,7 +28,8 @@ void TraceLinesC::beginLine()
 
 void TraceLinesC::endLine()
 {
-    fill('\n', 1);
+    const UTF8T end = '\n';
+    append(&end, 1);
     m_isLineOpen = false;
 }
 

@@ -7,7 +7,6 @@
 #ifndef TVXCMN_LATCH_H
 #define TVXCMN_LATCH_H
 
-#include "atomicm.h"
 #include "basetypes.h"
 
 #include <pthread.h>
@@ -65,9 +64,12 @@ public:
     void renewInChild();
 
 private:
+    void setOwner(pthread_t owner) noexcept { __atomic_store_n(&m_owner, owner, __ATOMIC_RELAXED); }
+
     pthread_mutex_t mutex = PTHREAD_RECURSIVE_MUTEX_INITIALIZER_NP;
-    // A recursive mutex cannot say who holds it. Written by the holder only; 0 while nobody does.
-    AtomicM<pthread_t> m_owner{0};
+    // A recursive mutex cannot say who holds it. Written by the holder only; 0 while nobody does. Relaxed: a thread
+    // looks for nothing but itself there, and that only itself can write.
+    pthread_t m_owner = 0;
     unsigned long m_depth = 0;
 };
 

@@ -2,9 +2,8 @@
 //
 //     TVX_TRACE("net/socket", "%d bytes from %S", size, name);
 //
-// Each point keeps the address of its class's mask. While the class is off, a point costs a test of that
-// address, a load and a branch: its arguments are not even evaluated. So an argument must not have
-// effects that the program needs.
+// Each point keeps the address of its class's mask. While the class is off, a point costs two loads and a
+// branch: its arguments are not even evaluated. So an argument must not have effects that the program needs.
 //
 // Arguments are what can be streamed into an argument list (arglist.h), or one list that is ready. The
 // format is that of StringC::format.
@@ -30,8 +29,8 @@ public:
     bool isEnabled()
     {
         const unsigned* const net = __atomic_load_n(&m_net, __ATOMIC_ACQUIRE);
-        if (__builtin_expect(net == nullptr, 0)) return lookUp();
-        return __atomic_load_n(net, __ATOMIC_RELAXED) != 0;
+        if (__builtin_expect(__atomic_load_n(net, __ATOMIC_RELAXED) == 0, 1)) return false;
+        return net != &UNKNOWN || lookUp();
     }
 
     // Sends a message, if the class is on. The macros test that first, so that arguments are not evaluated in
@@ -54,11 +53,16 @@ public:
     void timerEnd();
 
 private:
+    class CellC;
+
+    // The mask of classes that have not been looked up yet: on, so that their points take the long way.
+    static const unsigned UNKNOWN;
+
     bool lookUp();
     void send(const char* format, ArgListC args);
 
     const char* const m_class;
-    const unsigned* m_net = nullptr;   // the class's mask, once it has been looked up; an atomic word
+    const unsigned* m_net = &UNKNOWN;   // the class's mask, once it has been looked up; an atomic word
 };
 
 // Indents messages until the end of a scope, if the class is on at its begin.

@@ -41,6 +41,19 @@ const UTF8T* bytesOf(const char* text) { return reinterpret_cast<const UTF8T*>(t
 
 bool isUTF8(const char* text, size_t n) { return utfkernels::validPrefix(bytesOf(text), n, nullptr) == n; }
 
+// Most formats are ASCII and short, where a look at their words is cheaper than a scan by vectors.
+bool isASCII(const char* text, size_t n)
+{
+    unsigned long bits = 0;
+    for (; n >= sizeof bits; text += sizeof bits, n -= sizeof bits) {
+        unsigned long word;
+        std::memcpy(&word, text, sizeof word);
+        bits |= word;
+    }
+    for (; n > 0; --n) bits |= static_cast<UTF8T>(*text++);
+    return (bits & 0x8080808080808080) == 0;
+}
+
 bool isPlain(const SpecT& spec) { return spec.width == 0 && spec.precision < 0; }
 
 bool isModifier(UTF8T byte)
@@ -391,7 +404,7 @@ void formatTo(FormatOutputC& out, const char* format, const ArgListC& args, int 
 {
     FormatterC formatter(out, args, error);
     const size_t n = std::strlen(format);
-    if (isUTF8(format, n)) return formatter.run(bytesOf(format));
+    if (isASCII(format, n) || isUTF8(format, n)) return formatter.run(bytesOf(format));
     out.flush();   // reading it fails
     formatter.run(TextViewT(StringC(format, n, StringC::CC_SYS8).impl()).begin);
 }
