@@ -85,13 +85,11 @@ void ErrBufImplC::rollback(ErrSequenceT which)
 StringC ErrBufImplC::coalesce(ErrSevT& worst)
 {
     worst = ERR_SEV_NONE;
-    StringC text;
     m_coalesced.destroyAll();
     ErrEntryChainC taken(*this);
+    StringC text = taken.first() != nullptr ? taken.first()->text() : StringC();
     for (const ErrEntryC* entry = taken.first(); entry != nullptr; entry = ErrEntryChainC::after(entry)) {
-        if (entry == taken.first()) {
-            text = entry->text();
-        } else {
+        if (entry != taken.first()) {
             text += UCS4{'\n'};
             text += entry->text();
         }

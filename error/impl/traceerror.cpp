@@ -9,7 +9,6 @@
 #include <algorithm>
 #include <atomic>
 #include <cstdio>
-#include <cstring>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -20,8 +19,8 @@ const char SEPARATOR = static_cast<char>(ERR_TEXT_SEPARATOR);
 
 // The class of one action on one failure. Immutable, and never freed.
 struct AnnouncedT {
-    const char* action;
-    unsigned number;   // see numberOf
+    const char* action;   // compared by its address
+    unsigned number;      // see numberOf
     char traceClass[64];
     const unsigned* net;      // the class's mask
     const AnnouncedT* next;   // in its bucket
@@ -45,24 +44,23 @@ unsigned numberOf(ErrorT err, ErrSevT sev)
     return static_cast<unsigned>(shownSeverity(sev)) << 28 | ErrorSetOf(err) << 16 | ErrorMessageOf(err);
 }
 
-const AnnouncedT* knownClass(const AnnouncedT* first, const char* action, unsigned number)
+std::atomic<const AnnouncedT*>& bucketOf(unsigned number)
 {
-    for (const AnnouncedT* known = first; known != nullptr; known = known->next) {
-        if (known->number != number) continue;
-        if (known->action == action || std::strcmp(known->action, action) == 0) return known;
-    }
-    return nullptr;
+    return knownClasses[(number ^ number >> 16) % std::size(knownClasses)];
+}
+
+const AnnouncedT* knownClass(const char* action, unsigned number)
+{
+    const AnnouncedT* known = bucketOf(number).load(std::memory_order_acquire);
+    while (known != nullptr && (known->number != number || known->action != action)) known = known->next;
+    return known;
 }
 
 // Null when the tracer cannot look the class up.
-const AnnouncedT* announcedClass(const char* action, ErrorT err, ErrSevT sev)
+const AnnouncedT* addClass(const char* action, ErrorT err, ErrSevT sev)
 {
-    const unsigned number = numberOf(err, sev);
-    std::atomic<const AnnouncedT*>& bucket = knownClasses[(number ^ number >> 16) % std::size(knownClasses)];
-    const AnnouncedT* first = bucket.load(std::memory_order_acquire);
-    if (const AnnouncedT* const known = knownClass(first, action, number)) return known;
-
-    auto made = std::make_unique<AnnouncedT>(AnnouncedT{action, number, "", nullptr, first});
+    std::atomic<const AnnouncedT*>& bucket = bucketOf(numberOf(err, sev));
+    auto made = std::make_unique<AnnouncedT>(AnnouncedT{action, numberOf(err, sev), "", nullptr, bucket.load()});
     std::snprintf(made->traceClass, sizeof made->traceClass, "0,Error/%s/%s/%u/%u", action, severityName(sev),
                   ErrorSetOf(err), ErrorMessageOf(err));
     getTracer(2)->enabled(made->traceClass, &made->net);
@@ -71,6 +69,8 @@ const AnnouncedT* announcedClass(const char* action, ErrorT err, ErrSevT sev)
     }
     return made.release();
 }
+
+bool isOff(const AnnouncedT& announced) { return __atomic_load_n(announced.net, __ATOMIC_RELAXED) == 0; }
 
 // The text with its parts named. Without a solution's separator the reason is left out: the announcement of
 // such a failure is its problem.
@@ -99,9 +99,12 @@ StringC shownText(const StringC& str)
 void TraceError(const char* action, ErrorT err, ErrSevT sev, const StringC& str)
 {
     if (TraceDeliveryC::isRunning()) return;
+    const AnnouncedT* announced = knownClass(action, numberOf(err, sev));
+    if (announced != nullptr && isOff(*announced)) return;   // mostly so; nothing up to here changes errno
+
     const ErrnoKeeperC keeper;
-    const AnnouncedT* const announced = announcedClass(action, err, sev);
-    if (announced == nullptr || __atomic_load_n(announced->net, __ATOMIC_RELAXED) == 0) return;
+    if (announced == nullptr) announced = addClass(action, err, sev);
+    if (announced == nullptr || isOff(*announced)) return;
     const unsigned* net = announced->net;
     getTracer(2)->trace(announced->traceClass, &net, "%s %s (s%dm%d): %S",
                         ArgListC() << severityName(sev) << action << static_cast<int>(ErrorSetOf(err))
