@@ -3,6 +3,7 @@
 #include "assertfatal.h"
 #include "cmnlib/syscall.h"
 #include "errorapi.h"
+#include "file/streamerrors.h"
 #include "filename.h"
 
 #include <memory>
@@ -210,9 +211,7 @@ long FileStreamC::flush()
 
 long FileStreamC::write(const unsigned char* buf, long size)
 {
-    if (!canWrite()) {
-        return Error(TVXERR_STREAM_CANNOT_WRITE, "Attempted to write to a stream that does not support writing");
-    }
+    if (!canWrite()) return reportNoWriting();
     if (size < 0) return ErrorErrno(EINVAL);
     while (size > 0) {
         const ssize_t n = ::write(fileHandle, buf, static_cast<size_t>(size));

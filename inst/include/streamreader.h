@@ -4,10 +4,9 @@
 // front tells when it is asked to detect it: UTF-8, or UTF-16 in either byte order. A mark of the
 // encoding in use is no part of the text. Everything else is text, a zero byte included.
 //
-// The stream is read ahead, so its position says little about the text. At least two bytes, and for a
-// line 192, are wanted beyond what is handed out: at a terminal or pipe a reader waits until they have
-// come, or the end. The decoder is given pieces of 1024 bytes (fewer where the stream gives fewer). A
-// stream is asked for 1024 bytes at a time; only a file that the reader owns for more.
+// The stream is read ahead, 1024 bytes at a time, so its position says little about the text. At least two
+// bytes, and for a line 192, are wanted beyond what is handed out: at a terminal or pipe a reader waits
+// until they have come, or the end.
 //
 // A stream that fails looks as if it were at its end. Who must not mistake half a text for the whole
 // asks readFailed().
@@ -53,48 +52,42 @@ public:
 
 private:
     // Text that is still to be handed out stands in charBuffer from m_begin to m_end. Offsets count its
-    // bytes; what lies before one named `skip` is as good as handed out already.
-    size_t numUnreturned() const { return m_end - m_begin; }
-    UTF8T* unreturned() const { return charBuffer.get() + m_begin; }
-    size_t bytesOfChars(size_t count) const;
+    // bytes from m_begin; what lies before one named `skip` is as good as handed out already.
+    size_t unreturnedSize() const { return m_end - m_begin; }
+    const UTF8T* unreturned() const { return charBuffer.get() + m_begin; }
+    size_t sizeOfChars(unsigned long count, size_t skip) const;
     StringC take(size_t size);
-    void resizeCharBuffer(size_t size, size_t begin);
-    UTF8T* makeRoom(size_t size);
+    void makeRoomBehind(size_t size);
+    void makeRoomInFront(size_t size);
+    void moveText(size_t bufferSize, size_t begin);
 
     void fill(unsigned long count, size_t skip);
-    bool decodePiece();
-    bool nextPiece();
-    size_t readStream(size_t held, size_t size);
-    size_t chooseReadSize() const;
-    void noteReturns(const UTF8T* text, size_t size);
-    size_t findLineEnd(const UTF8T* text, size_t size) const;
-    size_t scanLine(size_t skip, bool& isFound) const;
-    size_t lineEndSize(size_t skip, size_t at);
+    bool readPiece();
+    size_t readStream(size_t held);
+    size_t findLineEnd(size_t skip, size_t size) const;
+    bool findLine(size_t& size, size_t& endSize);
 
-    void skipPreamble();
-    void populateByteBuffer(size_t to);
-    size_t detectEncodingFromStream();
-    size_t checkForEncodingPreamble();
-    bool startsWith(const U8BitT* preamble, size_t length) const;
+    size_t skippedPreamble(size_t& held);
+    void populateByteBuffer(size_t& held, size_t to);
+    size_t detectEncodingFromStream(size_t& held);
+    size_t checkForEncodingPreamble(size_t& held);
+    bool beginsWith(TextEncodingI* encoding, size_t held, size_t* length) const;
     void setEncoding(TextEncodingI* encoding);
 
     InputStreamC* stream;   // null when closed
     bool ownsStream;
-    bool detectEncoding;            // look for a mark at the first read, and take its encoding
-    bool mayHaveEncodingPreamble;   // a mark of the encoding in use may come first
+    bool detectEncoding;                    // look for a mark at the first read, and take its encoding
+    bool mayHaveEncodingPreamble = false;   // a mark of the encoding in use may come first
     std::unique_ptr<TextDecoderI> decoder;
-    static constexpr size_t byteBufferLen = 1024;   // the size of a piece
+    static constexpr size_t byteBufferLen = 1024;
     std::unique_ptr<U8BitT[]> byteBuffer;
-    size_t charBufferLen;   // the most that a piece becomes, with 4 bytes for a character that was cut before it
+    size_t charBufferLen = 0;   // the most that one piece becomes
     std::unique_ptr<UTF8T[]> charBuffer;
-    size_t m_charBufferSize;
-    size_t m_begin;
-    size_t m_end;
-    size_t m_readSize;         // the size of byteBuffer, which is what the stream is asked for; 0 before the first read
-    size_t m_undecodedBegin;   // in byteBuffer
-    size_t m_undecodedEnd;
-    bool m_mayHaveReturns;   // a carriage return was seen; while false there is none in charBuffer
-    bool m_readFailed;
+    size_t m_charBufferSize = 0;
+    size_t m_begin = 0;
+    size_t m_end = 0;
+    bool m_hasReturns = false;   // a carriage return was seen; while false there is none in charBuffer
+    bool m_readFailed = false;
 };
 
 #endif   // TVXCMN_STREAMREADER_H
