@@ -1,5 +1,6 @@
 #include "tracing/tracecim.h"
 
+#include "cmnlib/errnokeeper.h"
 #include "errornumbers.h"
 #include "gettime.h"
 #include "taskid.h"
@@ -146,7 +147,7 @@ bool TraceControllerC::isRegistered(const TraceConsumerI* consumer)
 void TraceControllerC::deliver(TraceEnabledT mask, const char* traceClass, int indent, const char* format,
                                const ArgListC& args)
 {
-    const int error = errno;
+    const ErrnoKeeperC keeper;
     const TraceSectionC section(*this);
     const TraceDeliveryC delivery;
     for (; mask != 0; mask &= mask - 1) {
@@ -154,22 +155,20 @@ void TraceControllerC::deliver(TraceEnabledT mask, const char* traceClass, int i
         if (slot >= TraceConsumerArrayC::size()) break;
         TraceConsumerI* const consumer = TraceConsumerArrayC::operator[](slot).consumer;
         if (consumer == nullptr) continue;
-        errno = error;
+        keeper.restore();
         if (consumer->message(traceClass, indent, format, args) != 0) unregisterConsumer(consumer);
     }
-    errno = error;
 }
 
 void TraceControllerC::announceValueChange(const char* traceClass, int indent)
 {
-    const int error = errno;
+    const ErrnoKeeperC keeper;
     const TraceSectionC section(*this);
     const TraceDeliveryC delivery;
     for (size_t i = 0; i < TraceConsumerArrayC::size(); ++i) {
         TraceConsumerI* const consumer = TraceConsumerArrayC::operator[](i).consumer;
         if (consumer != nullptr) consumer->valueChange(traceClass, indent);
     }
-    errno = error;
 }
 
 // ---- finding and creating classes -------------------------------------------------------------------
@@ -218,37 +217,40 @@ void TraceControllerC::setIncrement(TraceControlVarC& traceClass, short incremen
 // are told of a class may name others, the missing ones among them, and change masks.
 TraceControlVarC* TraceControllerC::create(TraceControlVarC* parent, std::string name, size_t done, short increment)
 {
-    const int error = errno;
-    const TraceDeliveryC delivery;
+    const ErrnoKeeperC keeper;
     TraceDetailsC details = detailsAt(parent);
     unsigned long changes = m_changes;
     for (;;) {
         const size_t end = std::min(name.find('/', done), name.size());
-        TraceControlVarC* traceClass = child(parent, name.data() + done, end - done);
+        const TraceClassKeyT key = {parent, name.data() + done, end - done};
+        TraceControlVarC* traceClass = child(key.parent, key.component, key.size);
         const bool isNew = traceClass == nullptr;
-        if (isNew) {
-            const TraceClassKeyT key = {parent, name.data() + done, end - done};
-            traceClass = new TraceControlVarC(key, increment < 0 ? short{1} : increment);
-        }
+        if (isNew) traceClass = new TraceControlVarC(key, increment < 0 ? short{1} : increment);
         details.descend(*this, *traceClass);
         if (isNew) {
-            if (parent != nullptr) setRelaxed(traceClass->net, parent->net & details.reach());
-            HashTableC::add(traceClass);
-            (parent != nullptr ? parent->children : m_roots).add(traceClass);
             const char separator = std::exchange(name[end], '\0');
-            for (size_t i = 0; i < TraceConsumerArrayC::size(); ++i) {
-                TraceConsumerI* const consumer = TraceConsumerArrayC::operator[](i).consumer;
-                if (consumer != nullptr) consumer->newClass(name.c_str());
-            }
+            add(*traceClass, details, name.c_str());
             name[end] = separator;
         }
-        if (end == name.size()) {
-            errno = error;
-            return traceClass;
-        }
+        if (end == name.size()) return traceClass;
         if (std::exchange(changes, m_changes) != m_changes) details = detailsAt(traceClass);
         parent = traceClass;
         done = end + 1;
+    }
+}
+
+// Puts a new class into the tree and tells the consumers its name.
+void TraceControllerC::add(TraceControlVarC& traceClass, const TraceDetailsC& details, const char* name)
+{
+    TraceControlVarC* const parent = traceClass.parent();
+    if (parent != nullptr) setRelaxed(traceClass.net, parent->net & details.reach());
+    HashTableC::add(&traceClass);
+    (parent != nullptr ? parent->children : m_roots).add(&traceClass);
+
+    const TraceDeliveryC delivery;
+    for (size_t i = 0; i < TraceConsumerArrayC::size(); ++i) {
+        TraceConsumerI* const consumer = TraceConsumerArrayC::operator[](i).consumer;
+        if (consumer != nullptr) consumer->newClass(name);
     }
 }
 

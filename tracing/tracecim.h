@@ -92,6 +92,7 @@ private:
     TraceControlVarC* find(const char* name);
     TraceControlVarC* child(TraceControlVarC* parent, const char* component, size_t size) const;
     TraceControlVarC* create(TraceControlVarC* parent, std::string name, size_t done, short increment);
+    void add(TraceControlVarC& traceClass, const TraceDetailsC& details, const char* name);
     void setIncrement(TraceControlVarC& traceClass, short increment);
     const ArrayM<TraceControlVarC*>& childrenOf(const char* traceClass);
 

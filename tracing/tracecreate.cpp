@@ -58,26 +58,18 @@ void appendDirective(std::string& name, char directive, unsigned attempt, long t
     name += text;
 }
 
-// In a directory where everybody may create files, the name may be one that somebody else has put there to
-// have us write to a file of their choice, or wait for ever.
-bool isTrusted(int directory, int file)
+// Whether everybody may create files in a directory. There the name may be one that somebody else has put there
+// to have us write to a file of their choice, or wait for ever.
+bool isOpenToAll(int directory)
 {
-    struct stat folder;
     struct stat info;
-    if (fstat(directory, &folder) != 0) return false;
-    if ((folder.st_mode & S_IWOTH) == 0) return true;
-    if (fstat(file, &info) != 0) return false;
-    if (S_ISREG(info.st_mode) && info.st_uid == geteuid() && info.st_nlink == 1) return true;
-    errno = ELOOP;
-    return false;
+    return fstat(directory, &info) != 0 || (info.st_mode & S_IWOTH) != 0;
 }
 
-// Links are refused where everybody may make them, and there only.
-int flagsIn(int directory)
+bool isOurOwn(int file)
 {
-    struct stat folder;
-    const bool isOpenToAll = fstat(directory, &folder) != 0 || (folder.st_mode & S_IWOTH) != 0;
-    return O_WRONLY | O_CREAT | O_APPEND | O_NONBLOCK | O_CLOEXEC | O_NOCTTY | (isOpenToAll ? O_NOFOLLOW : 0);
+    struct stat info;
+    return fstat(file, &info) == 0 && S_ISREG(info.st_mode) && info.st_uid == geteuid() && info.st_nlink == 1;
 }
 
 // Opens a file without waiting for a reader at its other end; what is written to it later may wait. The
@@ -89,11 +81,18 @@ FdOwnerC openChecked(const std::string& name, int exclusive)
     const FdOwnerC directory(openFd(folder.c_str(), O_PATH | O_DIRECTORY));
     if (!directory.isOpen()) return FdOwnerC();
 
+    const bool isPublic = isOpenToAll(directory.fd());
     const char* const last = name.c_str() + (slash == std::string::npos ? 0 : slash + 1);
-    const int flags = flagsIn(directory.fd()) | exclusive;
+    const int flags =
+        O_WRONLY | O_CREAT | O_APPEND | O_NONBLOCK | O_CLOEXEC | O_NOCTTY | exclusive | (isPublic ? O_NOFOLLOW : 0);
     FdOwnerC file(liftFd(retryOnEintr([&] { return ::openat(directory.fd(), last, flags, 0666); })));
     if (!file.isOpen()) return file;
-    if (!isTrusted(directory.fd(), file.fd()) || ::fcntl(file.fd(), F_SETFL, O_APPEND) != 0) file.reset();
+    if (isPublic && !isOurOwn(file.fd())) {
+        errno = ELOOP;
+        file.reset();
+    } else if (::fcntl(file.fd(), F_SETFL, O_APPEND) != 0) {
+        file.reset();
+    }
     return file;
 }
 

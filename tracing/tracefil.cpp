@@ -1,5 +1,6 @@
 #include "tracing/tracefil.h"
 
+#include "cmnlib/errnokeeper.h"
 #include "errornumbers.h"
 #include "gettime.h"
 #include "string/impl/format.h"
@@ -158,29 +159,28 @@ long TraceConsumerFileC::newClass(const char* traceClass)
 
 long TraceConsumerFileC::message(const char* traceClass, int indent, const char* format, ArgListC args)
 {
+    const ErrnoKeeperC keeper;
     const int error = errno;
     const TraceSectionC section(m_controller);
     const ErrorT failure = m_file.isOpen() ? 0 : createTraceFile(file_pattern.c_str(), m_file);
-    if (failure == 0) {
-        m_lines.beginLine();
-        putPrefix(traceClass);
-        m_lines.fill(' ', max_indent > 0 ? indent % max_indent : indent);
-        formatTo(m_lines, format != nullptr ? format : "", args, error);
-        m_lines.endLine();
-        if (++flush_count >= flush_freq || m_isExiting || m_lines.bytes() > MAX_WAITING) writeLines();
-    }
-    errno = error;
-    return failure;
+    if (failure != 0) return failure;
+    m_lines.beginLine();
+    putPrefix(traceClass);
+    m_lines.fill(' ', max_indent > 0 ? indent % max_indent : indent);
+    formatTo(m_lines, format != nullptr ? format : "", args, error);
+    m_lines.endLine();
+    if (++flush_count >= flush_freq || m_isExiting || m_lines.bytes() > MAX_WAITING) writeLines();
+    return 0;
 }
 
 long TraceConsumerFileC::message(const char* traceClass, int indent, const char* format, ...)
 {
-    const int error = errno;
+    const ErrnoKeeperC keeper;
     std::va_list parameters;
     va_start(parameters, format);
     ArgListC args = StringC::formatArgs(StringC(format), parameters);
     va_end(parameters);
-    errno = error;
+    keeper.restore();
     return message(traceClass, indent, format, std::move(args));
 }
 

@@ -1,10 +1,10 @@
 #include "assertfatal.h"
+#include "cmnlib/errnokeeper.h"
 #include "stringc.h"
 #include "tracing/tracefil.h"
 #include "tracing/tracerc.h"
 
 #include <algorithm>
-#include <cerrno>
 
 namespace {
 
@@ -79,9 +79,9 @@ BooleanT TracerC::trace(const char* traceClass, const unsigned int** enabled_pp,
 {
     if (!TVX_CHECK(enabled_pp != nullptr, "enabled_pp != 0")) return false;
     if (enabled(traceClass, enabled_pp) == 0) return false;
-    const int error = errno;
+    const ErrnoKeeperC keeper;
     ArgListC args = StringC::formatArgs(StringC(format, StringC::CC_SYS8), ap);
-    errno = error;
+    keeper.restore();
     return trace(traceClass, enabled_pp, format, std::move(args));
 }
 
