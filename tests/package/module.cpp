@@ -1,5 +1,6 @@
 #include "module.h"
 
+#include <errorapi.h>
 #include <stringc.h>
 #include <tvxcmn.h>
 
@@ -11,6 +12,7 @@ StringImplI* describe(StringImplI* text)
 {
     StringC result(*text);
     result += StringC((", " + std::to_string(result.length())).c_str());
+    Error(DESCRIBED, "{i} %S is described", result);
     result.impl().AddRef();   // outlives the handle, for the caller
     return &result.impl();
 }

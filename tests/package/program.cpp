@@ -1,8 +1,9 @@
 // Loads the module named on its command line and lets it work on a text of its own. Exits with 0 if
-// program and module share one factory and the module's text outlives the module.
+// program and module share one factory and one error buffer, and what the module made outlives it.
 
 #include "module.h"
 
+#include <errbuf.h>
 #include <stringc.h>
 #include <tvxcmn.h>
 
@@ -34,6 +35,10 @@ int main(int argc, char** argv)
     const StringC result(*described);
     described->Release();
     dlclose(handle);
+
+    const ErrBufI& errors = *getErrBuf(2);
+    if (errors.count() != 1 || errors.get(0)->error() != DESCRIBED) return failed("the module's report is missing");
+    if (errors.get(0)->message() != result + StringC(" is described")) return failed("the module's report is wrong");
 
     std::printf("%s\n", result.utf8());
     return result == name + StringC(", 10") ? 0 : failed("the module's text is wrong");
