@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <cerrno>
+#include <chrono>
 #include <climits>
 #include <cmath>
 #include <cstring>
@@ -213,7 +214,7 @@ TEST(Format, theCurrentDateAndTimeHaveTheirDefaultsAndLimits)
 {
     const TimeZoneC zone;
     const auto clock = [](const char* pattern) {
-        const std::time_t now = std::time(nullptr);
+        const std::time_t now = std::chrono::system_clock::to_time_t(std::chrono::system_clock::now());   // time lags
         std::tm local;
         char text[64];
         std::strftime(text, sizeof text, pattern, localtime_r(&now, &local));
