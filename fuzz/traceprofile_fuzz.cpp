@@ -53,7 +53,7 @@ int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     static const std::string path = "traceprofile_fuzz." + std::to_string(getpid());
     FileT file(std::fopen(path.c_str(), "w+e"), std::fclose);
     FUZZ_REQUIRE(file != nullptr);
-    std::fwrite(data, 1, size, file.get());
+    if (size > 0) std::fwrite(data, 1, size, file.get());   // `data` may be null then
     std::rewind(file.get());
     const ProfileT profile = readBack(file.get());
 
