@@ -68,7 +68,7 @@ int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
         case 0: controller.enable(consumer, name.c_str()); break;
         case 1: controller.disable(consumer, name.c_str()); break;
         case 2: controller.inherit(consumer, name.c_str()); break;
-        case 3: controller.setDetail(consumer, input.below(12)); break;
+        case 3: controller.setDetail(consumer, static_cast<int>(input.below(12))); break;
         default: break;
         }
         TraceValuesT* const values = valuesOf(controller, name);

@@ -243,7 +243,7 @@ TEST_F(TraceFile, whatSomebodyElsePutUnderTheNameIsRefusedWhereEverybodyMay)
     fs::create_symlink("../victim", "public/symbolic");
     fs::create_hard_link("victim", "public/hard");
     ASSERT_EQ(mkfifo("public/fifo", 0666), 0);
-    for (const mode_t mode : {01777, 0777}) {
+    for (const mode_t mode : {01777U, 0777U}) {
         ASSERT_EQ(chmod("public", mode), 0);
         for (const char* name : {"symbolic", "hard"}) {
             file.setFilePattern((std::string("public/") + name).c_str());
