@@ -145,7 +145,7 @@ bool TraceControllerC::isRegistered(const TraceConsumerI* consumer)
 
 // Consumers may come and go while they are called: the array is read again for each of them.
 void TraceControllerC::deliver(TraceEnabledT mask, const char* traceClass, int indent, const char* format,
-                               ArgListC args)
+                               const ArgListC& args)
 {
     const ErrnoKeeperC keeper;
     const TraceSectionC section(*this);
@@ -155,10 +155,8 @@ void TraceControllerC::deliver(TraceEnabledT mask, const char* traceClass, int i
         if (slot >= TraceConsumerArrayC::size()) break;
         TraceConsumerI* const consumer = TraceConsumerArrayC::operator[](slot).consumer;
         if (consumer == nullptr) continue;
-        const bool isLast = (mask & (mask - 1)) == 0;
         keeper.restore();
-        const long status = consumer->message(traceClass, indent, format, isLast ? std::move(args) : args);
-        if (status != 0) unregisterConsumer(consumer);
+        if (consumer->message(traceClass, indent, format, args) != 0) unregisterConsumer(consumer);
     }
 }
 

@@ -74,7 +74,7 @@ public:
 
     // Hands a message to the consumers in `mask`. Each of them finds errno as the caller had it, and so does
     // the caller.
-    void deliver(TraceEnabledT mask, const char* traceClass, int indent, const char* format, ArgListC args);
+    void deliver(TraceEnabledT mask, const char* traceClass, int indent, const char* format, const ArgListC& args);
     // Tells all consumers that a value of a class has changed.
     void announceValueChange(const char* traceClass, int indent);
     bool isRegistered(const TraceConsumerI* consumer);

@@ -71,7 +71,7 @@ BooleanT TracerC::trace(const char* traceClass, const unsigned int** enabled_pp,
     if (!TVX_CHECK(enabled_pp != nullptr, "enabled_pp != 0")) return false;
     const unsigned int net = enabled(traceClass, enabled_pp);
     if (net == 0) return false;
-    deliver(net, traceClass, m_indent, format, std::move(args));
+    deliver(net, traceClass, m_indent, format, args);
     return true;
 }
 
