@@ -1,0 +1,3 @@
+#include "fileinfo.h"
+
+FileInfoC::~FileInfoC() = default;
