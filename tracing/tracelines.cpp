@@ -1,6 +1,6 @@
 #include "tracing/tracelines.h"
 
-#include <unistd.h>
+#include "cmnlib/syscall.h"
 
 namespace {
 
@@ -11,7 +11,7 @@ void writeAll(int fd, const void* bytes, size_t n)
 {
     const char* at = static_cast<const char*>(bytes);
     while (n > 0) {
-        const ssize_t written = ::write(fd, at, n);
+        const ssize_t written = retryOnEintr([=] { return ::write(fd, at, n); });
         if (written <= 0) return;
         at += written;
         n -= static_cast<size_t>(written);

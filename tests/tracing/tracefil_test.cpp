@@ -231,9 +231,13 @@ TEST_F(TraceFile, fullDiskLosesLinesAndNothingElse)
         const FaultC fault("write", ENOSPC);
         EXPECT_EQ(write("lost"), 0);
     }
-    const FaultC half("write", 0);
-    EXPECT_EQ(write("kept"), 0);
-    EXPECT_EQ(fileText("out.trc"), "kept\n");
+    {
+        const FaultC half("write", 0);
+        EXPECT_EQ(write("kept"), 0);
+    }
+    const FaultC interrupted("write", EINTR);
+    EXPECT_EQ(write("too"), 0);
+    EXPECT_EQ(fileText("out.trc"), "kept\ntoo\n");
 }
 
 TEST_F(TraceFile, whatSomebodyElsePutUnderTheNameIsRefusedWhereEverybodyMay)
