@@ -11,6 +11,7 @@
 
 // The order in which latches are taken, by a fork as by everybody else: who holds one may enter those below.
 enum ForkRankT {
+    FORK_RANK_LOAD_CRYPTO,   // the module that is loaded may come back to all of the others
     FORK_RANK_CREATE_CONFIGURATION,
     FORK_RANK_CREATE_CRYPTO,
     FORK_RANK_CREATE_TRACER,

@@ -9,6 +9,7 @@
 #define TVXCMN_TVXCMN_H
 
 class ErrBufI;
+class OpenSSLI;
 class StringImplFactoryI;
 class TraceControllerI;
 class TracerI;
@@ -32,6 +33,10 @@ TVXCMN_EXPORT TraceControllerI* getTraceController(int version);
 // The calling thread's error buffer (errbuf.h), made when the thread first asks. Every version asked for gives
 // the same object. It ends with its thread, unlike everything else that comes from here.
 TVXCMN_EXPORT ErrBufI* getErrBuf(int version);
+
+// The proxy of OpenSSL (opensslproxy.h). Version 1 is the only one. Every version asked for gives the same
+// object, and a greater one is traced if it is the first to be asked for.
+TVXCMN_EXPORT OpenSSLI* getOpenSSL(int version);
 
 }   // extern "C"
 
