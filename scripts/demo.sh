@@ -2,17 +2,19 @@
 # Builds the examples and runs them over real texts of this machine: licences, the Unicode data files
 # and readings of Chinese, Japanese and Korean characters. textinfo converts each text between the encodings,
 # and the result is compared with what iconv writes, byte for byte. agent inspects them in several threads, one
-# damaged, one missing and one without a recorded checksum, and its trace file is shown.
+# damaged, one missing and one without a recorded checksum, and its trace file is shown. In the end it encrypts
+# a value with the cryptographic module, which tvxssl-info shows.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 
-scripts/setup.sh base test demo
+scripts/setup.sh base test demo crypto
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
-{ cmake --preset release && cmake --build --preset release --target textinfo agent; } >"$work/log" 2>&1 ||
+{ cmake --preset release && cmake --build --preset release --target textinfo agent tvxssl-info; } >"$work/log" 2>&1 ||
   { cat "$work/log" >&2; exit 1; }
 textinfo=$PWD/build/release/examples/textinfo
 agent=$PWD/build/release/examples/agent
+tvxssl_info=$PWD/build/release/tools/tvxssl-info
 
 declare -A ICONV_NAMES=([utf8]=UTF-8 [utf16]=UTF-16LE [utf16be]=UTF-16BE [wchar_t]=UTF-32LE [iso-8859-1]=ISO-8859-1)
 
@@ -73,3 +75,7 @@ PROFILE
 echo
 echo "What it has traced:"
 sed 's/^/  /' "$work/trace"
+
+echo
+echo "The cryptographic module that it has used:"
+"$tvxssl_info" | sed 's/^/  /' || [ "${PIPESTATUS[0]}" -eq 1 ]

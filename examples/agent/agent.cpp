@@ -2,7 +2,8 @@
 //
 //   agent [--profile FILE] [--threads COUNT] FILE...
 //
-// Prints the lines and the checksum of each FILE, and what failed. If FILE.sum exists, it holds the checksum
+// Prints the lines and the checksum of each FILE, and what failed. In the end it encrypts its summary and
+// decrypts it again, if there is a cryptographic module. If FILE.sum exists, it holds the checksum
 // that FILE should have, as printed by "cksum <FILE".
 //
 // --profile names a trace profile (tracer.h). The classes are
@@ -11,11 +12,13 @@
 //     agent/file/read     each piece that is read, and the sum of the bytes
 //     agent/file/record   files without a recorded checksum
 //     agent/report        what is handed on to the user
+//     agent/crypto        which OpenSSL there is
 //     Error               every failure: what occurred, was reported, was recovered from
 //
 // Exit status: 0; 1 a file cannot be read or has changed; 2 wrong use.
 
 #include "inspection.h"
+#include "protection.h"
 
 #include "arglist.h"
 #include "tracer.h"
@@ -75,6 +78,8 @@ std::vector<FindingT> inspectAll(const OptionsT& options)
     return findings;
 }
 
+void print(const StringC& text) { std::fwrite(text.utf8(), 1, text.utf8Bytes(), stdout); }
+
 }   // namespace
 
 int main(int argc, char** argv)
@@ -89,9 +94,11 @@ int main(int argc, char** argv)
 
     ErrSevT worst = ERR_SEV_NONE;
     for (const FindingT& finding : inspectAll(options)) {
-        std::fwrite(finding.text.utf8(), 1, finding.text.utf8Bytes(), stdout);
+        print(finding.text);
         worst = std::max(worst, finding.worst);
     }
+    const StringC summary = StringC("%u files inspected") % (ArgList << options.files.size());
+    print(protect(summary));
     TVX_TRACE("agent", "done, the worst severity is %d", static_cast<int>(worst));
     return worst >= ERR_SEV_ERROR ? EXIT_FAILURE : EXIT_SUCCESS;
 }

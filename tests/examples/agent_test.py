@@ -1,15 +1,20 @@
 #!/usr/bin/env python3
 """Runs the agent example as a user does.
 
-    agent_test.py PROGRAM
+    agent_test.py PROGRAM LIBRARY
 """
+import os
 import pathlib
+import shutil
 import subprocess
 import sys
 import tempfile
 import unittest
 
 PROGRAM = str(pathlib.Path(sys.argv[1]).resolve())
+LIBRARY = pathlib.Path(sys.argv[2]).resolve()
+HAS_MODULE = (LIBRARY.parent / "libtvxssl.so").exists()
+NO_MODULE = "cryptography: there is no usable module\n"
 PROFILE = """# everything, into one file
 agent
 Error
@@ -36,6 +41,9 @@ class AgentTest(unittest.TestCase):
 
     def run_program(self, *arguments):
         return subprocess.run([PROGRAM, *arguments], capture_output=True, check=False, cwd=self.root)
+
+    def cryptography(self, files):
+        return f'cryptography: "{files} files inspected", 17 bytes as 32 and back\n' if HAS_MODULE else NO_MODULE
 
     def trace(self):
         """The lines of the trace file from the class on, each with single blanks."""
@@ -66,7 +74,7 @@ missing:
 .:
   error s0m21: Is a directory
   error s500m1: . cannot be read
-""")
+""" + self.cryptography(5))
         self.assertEqual(self.run_program("good", "empty").returncode, 0)
         self.assertFalse((self.root / "trace.txt").exists())
 
@@ -82,6 +90,16 @@ missing:
         self.assertEqual(sum("Recovery (s500m1)" in line for line in trace), 20)
         self.assertEqual(sum("Report" in line for line in trace), 0)
         self.assertIn("agent/file/read): counter agent/file/read now 100000", trace)
+
+    def test_does_without_cryptography(self):
+        for file in LIBRARY.parent.glob("libtvxcmn.so*"):   # away from the module
+            shutil.copy(file, self.root)
+        self.put("good", b"good\n")
+        result = subprocess.run([PROGRAM, "--profile", "profile", "good"], capture_output=True, check=False,
+                                cwd=self.root, env={**os.environ, "LD_LIBRARY_PATH": str(self.root)})
+        self.assertEqual((result.returncode, result.stderr), (0, b""))
+        self.assertEqual(result.stdout.decode().splitlines(keepends=True)[-1], NO_MODULE)
+        self.assertEqual(sum("Recovery (s434m1)" in line for line in self.trace()), 1)
 
     def test_tells_how_it_is_used(self):
         for arguments in ([], ["--unknown", "x"], ["--threads", "0", "x"], ["--threads"]):

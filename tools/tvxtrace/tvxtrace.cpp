@@ -2,8 +2,8 @@
 //
 // Exit status: 0 nothing found; 1 findings; 2 wrong use; 3 a profile cannot be read.
 
+#include "../support/jsontext.h"
 #include "explain.h"
-#include "jsontext.h"
 #include "profilelint.h"
 
 #include <algorithm>

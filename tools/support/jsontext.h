@@ -1,6 +1,6 @@
 // jsontext.h: texts of any bytes as strings of JSON (RFC 8259).
-#ifndef TVXTRACE_JSONTEXT_H
-#define TVXTRACE_JSONTEXT_H
+#ifndef TOOLS_JSONTEXT_H
+#define TOOLS_JSONTEXT_H
 
 #include <cstdio>
 #include <string>
@@ -23,4 +23,4 @@ inline std::string jsonOf(const std::string& text)
     return quoted += '"';
 }
 
-#endif   // TVXTRACE_JSONTEXT_H
+#endif   // TOOLS_JSONTEXT_H
