@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstdarg>
+#include <dirent.h>
 #include <fcntl.h>
 #include <mutex>
 #include <string_view>
@@ -79,6 +80,16 @@ WRAPPED_TRANSFER(read, (int fd, void* data, size_t size), size, (fd, data, size)
 WRAPPED_TRANSFER(write, (int fd, const void* data, size_t size), size, (fd, data, size))
 WRAPPED_TRANSFER(copy_file_range, (int in, off_t* inAt, int out, off_t* outAt, size_t size, unsigned flags), size,
                  (in, inAt, out, outAt, size, flags))
+
+extern "C" dirent* __real_readdir(DIR* dp);
+extern "C" dirent* __wrap_readdir(DIR* dp);
+dirent* __wrap_readdir(DIR* dp)
+{
+    const int error = FaultC::next("readdir");
+    if (error <= 0) return __real_readdir(dp);
+    errno = error;
+    return nullptr;
+}
 
 extern "C" int __real_close(int fd);
 extern "C" int __wrap_close(int fd);
