@@ -26,8 +26,7 @@ class TvxsslInfoTest(unittest.TestCase):
         self.root = pathlib.Path(directory.name).resolve()
         self.library = self.root / "library"
         self.library.mkdir()
-        for file in LIBRARY.parent.glob("libtvxcmn.so*"):
-            shutil.copy(file, self.library)
+        shutil.copy(LIBRARY, self.library)
 
     def module(self, folder, source=FAKES / "fake" / "libtvxssl.so"):
         (self.root / folder).mkdir(exist_ok=True)
@@ -35,7 +34,8 @@ class TvxsslInfoTest(unittest.TestCase):
 
     def run_program(self, *arguments, search="", **environment):
         result = subprocess.run([PROGRAM, *arguments], capture_output=True, check=False, cwd=self.root,
-                                env={**os.environ, "LD_LIBRARY_PATH": f"{self.library}:{search}", **environment})
+                                env={**os.environ, "LD_PRELOAD": str(self.library / LIBRARY.name),
+                                     "LD_LIBRARY_PATH": str(search), **environment})
         return result.returncode, result.stdout.decode(), result.stderr.decode()
 
     def answer(self, *arguments, **environment):
@@ -48,17 +48,13 @@ class TvxsslInfoTest(unittest.TestCase):
     def test_finds_the_module_in_its_three_places(self):
         searched = self.module("searched")
         self.assertEqual(self.answer(search=self.root / "searched")["module"], str(searched))
-        alone = self.root / "alone"
-        alone.mkdir()
-        self.library.rename(self.root / "moved")
-        self.library = self.root / "moved"
-        beside = self.module("moved")
+        beside = self.module("library")
         answer = self.answer(FAKE_TEXT="fake")
         self.assertEqual((answer["module"], answer["version"], answer["text"], answer["errors"]),
                          (str(beside), "0x1000211f", "fake", []))
         given = self.module("given")
         self.assertEqual(self.answer("given")["module"], str(given))
-        answer = self.answer("alone")
+        answer = self.answer("empty")
         self.assertEqual(answer["module"], str(beside))
         self.assertEqual(len(answer["steps"]), 2)
 
