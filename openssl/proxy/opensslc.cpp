@@ -61,8 +61,8 @@ public:
     }
     ~WorkingFolderC()
     {
-        if (m_before.isOpen()) [[maybe_unused]]
-            const int result = ::fchdir(m_before.fd());
+        if (!m_before.isOpen()) return;
+        [[maybe_unused]] const int result = ::fchdir(m_before.fd());   // there is no other way back
     }
     WorkingFolderC(const WorkingFolderC&) = delete;
     WorkingFolderC& operator=(const WorkingFolderC&) = delete;

@@ -4,6 +4,7 @@
 // use gave the right answer.
 
 #include "errorapi.h"
+#include "opensslproxy.h"
 #include "stringc.h"
 #include "traceconsumer.h"
 #include "tracecontroller.h"
@@ -62,11 +63,21 @@ void useTracer()
     site.trace("%s", "x");
 }
 
+// With the module and without it.
+void useCrypto()
+{
+    const AutoRollbackErrorCheckpointC checkpoint;
+    OpenSSLProxyI* const proxy = getOpenSSL(1)->getProxy();
+    failUnless(proxy != nullptr && proxy == getOpenSSL(1)->getProxy());
+    failUnless(((proxy->SSLeay)() == 0) == ((proxy->EVP_aes_256_cbc)() == nullptr));
+}
+
 void useAll()
 {
     useStrings();
     useErrors();
     useTracer();
+    useCrypto();
 }
 
 struct EdgeC {
