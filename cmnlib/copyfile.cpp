@@ -29,28 +29,16 @@ int writeAll(int fd, const char* data, size_t size)
     return 0;
 }
 
-struct StepT {
-    size_t moved;   // 0 at the end and after a failure
-    CopyResultT result;
-};
-StepT moveBlock(int from, int to, char* block, size_t capacity)
-{
-    const ssize_t size = retryOnEintr([&] { return read(from, block, capacity); });
-    if (size <= 0) return {0, {size < 0 ? errno : 0, true}};
-    const int error = writeAll(to, block, static_cast<size_t>(size));
-    return {error == 0 ? static_cast<size_t>(size) : 0, {error, false}};
-}
-
 CopyResultT copyByBlocks(int from, int to)
 {
     // A short text, or nothing at all, is not worth a large block.
     char small[4096];
-    const StepT first = moveBlock(from, to, small, sizeof small);
+    const CopyStepT first = copyBlock(from, to, small, sizeof small);
     if (first.moved == 0) return first.result;
 
     const std::unique_ptr<char[]> large(new char[BLOCK_SIZE]);
     for (;;) {
-        const StepT step = moveBlock(from, to, large.get(), BLOCK_SIZE);
+        const CopyStepT step = copyBlock(from, to, large.get(), BLOCK_SIZE);
         if (step.moved == 0) return step.result;
     }
 }
@@ -90,6 +78,14 @@ int statusOf(int error)
 }
 
 }   // namespace
+
+CopyStepT copyBlock(int from, int to, char* block, size_t capacity)
+{
+    const ssize_t size = retryOnEintr([&] { return read(from, block, capacity); });
+    if (size <= 0) return {0, {size < 0 ? errno : 0, true}};
+    const int error = writeAll(to, block, static_cast<size_t>(size));
+    return {error == 0 ? static_cast<size_t>(size) : 0, {error, false}};
+}
 
 CopyResultT copyContents(int from, int to)
 {

@@ -132,16 +132,6 @@ DIRStackC::NextT DIRStackC::next(std::string_view& name, unsigned char& type)
     return ENTRY;
 }
 
-void DIRStackC::rewind()
-{
-    DirStackEntC& directory = *top();
-    if (directory.dp == nullptr) return;
-    delete directory.rest;
-    directory.rest = nullptr;
-    directory.failure = 0;
-    ::rewinddir(directory.dp);
-}
-
 void DIRStackC::shelve(DirStackEntC& directory)
 {
     if (directory.rest == nullptr) {

@@ -2,8 +2,11 @@
 
 #include "assertfatal.h"
 #include "cmnlib/syscall.h"
+#include "errorapi.h"
+#include "file/builtinservice.h"
 #include "file/fileattributes.h"
 #include "file/namemaker.h"
+#include "fileservice.h"
 
 struct FileListerC::FoundT {
     std::unique_ptr<FileNameC> name;
@@ -133,20 +136,28 @@ void FileListerC::lookAt(FoundT& found, std::string_view entry, unsigned char ty
 {
     const DirStackEntC& directory = *stack.top();
     found.name.reset(FileNameMakerC::makeChild(*directory.dirname, entry));
+    std::unique_ptr<FileNameC> whole;
+    if (relative) whole.reset(FileNameMakerC::makeChild(*start, FileNameMakerC::bytes(*found.name)));
+    const FileNameC& full = whole != nullptr ? *whole : *found.name;
     const bool isTold = type != DT_UNKNOWN && (type != DT_LNK || !follow_links);
-    if (isTold && !wantsInfo && directory.isSearchable) {
+    if (isTold && !wantsInfo && directory.isSearchable && isFileServiceBuiltIn()) {
         found.isKnown = true;
         found.isDir = type == DT_DIR;
     } else {
-        readInfo(found, entry.data());
+        readInfo(found, full, entry.data());
     }
-    std::unique_ptr<FileNameC> whole;
-    if (relative) whole.reset(FileNameMakerC::makeChild(*start, FileNameMakerC::bytes(*found.name)));
-    found.isKept = filter(whole != nullptr ? whole.get() : found.name.get(), found.isDir) != 0;
+    found.isKept = filter(&full, found.isDir) != 0;
 }
 
-void FileListerC::readInfo(FoundT& found, const char* entry) const
+void FileListerC::readInfo(FoundT& found, const FileNameC& full, const char* entry) const
 {
+    if (!isFileServiceBuiltIn()) {
+        const AutoRollbackErrorCheckpointC entriesMayVanish;
+        found.info.reset(FileService()->getInfo(&full, follow_links));
+        found.isKnown = found.info != nullptr;
+        found.isDir = found.isKnown && found.info->isDirectory();
+        return;
+    }
     struct stat info = {};
     found.isKnown = ::fstatat(::dirfd(stack.top()->dp), entry, &info, follow_links ? 0 : AT_SYMLINK_NOFOLLOW) == 0;
     found.isDir = found.isKnown && S_ISDIR(info.st_mode);

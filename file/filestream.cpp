@@ -3,9 +3,11 @@
 #include "assertfatal.h"
 #include "cmnlib/syscall.h"
 #include "errorapi.h"
+#include "file/fileopen.h"
 #include "file/streamerrors.h"
 #include "filename.h"
 
+#include <cstring>
 #include <memory>
 
 static_assert(sizeof(off_t) == sizeof(long long), "every position fits");
@@ -93,14 +95,27 @@ int openPlanned(const PlanT& plan, FdOwnerC& file)
     return 0;
 }
 
-IOStreamC* openFailure(int error, const StringC& path)
+}   // namespace
+
+int openPlainly(const StringC& path, const OpeningT& opening, FdOwnerC& file)
 {
-    ErrorErrno(error);
-    Error(TVXERR_FILE_OPEN, "Failed to open file '%1$S'", ArgListC() << path);
-    return nullptr;
+    PlanT plan = {};
+    plan.path = path.utf8();
+    if (std::strlen(plan.path) != path.utf8Bytes()) return EINVAL;   // the system would cut it
+    plan.flags = accessFlags(opening.access) | opening.moreFlags;
+    plan.isLocked = opening.sharing == FileStreamC::SHARE_NONE || opening.sharing == FileStreamC::SHARE_READ;
+    plan.lock = opening.sharing == FileStreamC::SHARE_NONE ? F_WRLCK : F_RDLCK;
+    plan.waitsForLock = opening.waitsForLock;
+    if (!planMode(plan, opening.mode)) return EBADF;
+    widenForLock(plan);
+    return openPlanned(plan, file);
 }
 
-}   // namespace
+long reportOpenFailure(int error, const StringC& path)
+{
+    ErrorErrno(error);
+    return Error(TVXERR_FILE_OPEN, "Failed to open file '%1$S'", ArgListC() << path);
+}
 
 FileStreamC::FileStreamC(int fd, FileOpenModeT openMode, FileAccessT openAccess, FileShareT)
     : fileHandle(fd), mode(openMode), access(openAccess)
@@ -118,18 +133,12 @@ IOStreamC* FileStreamC::openFile(const FileNameC& filename, FileOpenModeT mode, 
               ArgListC() << path);
         return nullptr;
     }
-    PlanT plan = {};
-    plan.path = path.utf8();
-    plan.flags = accessFlags(access);
-    plan.isLocked = sharing == SHARE_NONE || sharing == SHARE_READ;
-    plan.lock = sharing == SHARE_NONE ? F_WRLCK : F_RDLCK;
-    plan.waitsForLock = wait_for_lock;
-    if (!planMode(plan, mode)) return openFailure(EBADF, path);
-    widenForLock(plan);
-
     FdOwnerC file;
-    const int failure = openPlanned(plan, file);
-    if (failure != 0) return openFailure(failure, path);
+    const int failure = openPlainly(path, {mode, access, sharing, wait_for_lock, 0}, file);
+    if (failure != 0) {
+        reportOpenFailure(failure, path);
+        return nullptr;
+    }
     auto stream = std::make_unique<FileStreamC>(file.release(), mode, access, sharing);
     if (mode == FMODE_APPEND && stream->seek(0, FROM_END) < 0) return nullptr;
     return stream.release();

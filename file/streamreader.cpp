@@ -2,6 +2,7 @@
 
 #include "assertfatal.h"
 #include "errornumbers.h"
+#include "fileservice.h"
 #include "string/api/utfkernels.h"
 #include "utf8.h"
 
@@ -39,7 +40,7 @@ StreamReaderC* StreamReaderC::openFile(const FileNameC& filename, bool detectEnc
                                        FileStreamC::FileShareT sharing, bool wait_for_lock)
 {
     IOStreamC* const file =
-        FileStreamC::openFile(filename, FileStreamC::FMODE_OPEN, FileStreamC::FACCESS_READ, sharing, wait_for_lock);
+        FileService()->openFile(filename, FileStreamC::FMODE_OPEN, FileStreamC::FACCESS_READ, sharing, wait_for_lock);
     return file != nullptr ? new StreamReaderC(file, detectEncoding, encoding, true) : nullptr;
 }
 

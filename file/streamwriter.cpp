@@ -1,5 +1,7 @@
 #include "streamwriter.h"
 
+#include "fileservice.h"
+
 #include "file/streamerrors.h"
 
 #include <utility>
@@ -17,8 +19,8 @@ StreamWriterC* StreamWriterC::openFile(const FileNameC& filename, bool append, T
                                        bool writePreamble, FileStreamC::FileShareT sharing, bool wait_for_lock)
 {
     IOStreamC* const file =
-        FileStreamC::openFile(filename, append ? FileStreamC::FMODE_APPEND : FileStreamC::FMODE_CREATE,
-                              FileStreamC::FACCESS_WRITE, sharing, wait_for_lock);
+        FileService()->openFile(filename, append ? FileStreamC::FMODE_APPEND : FileStreamC::FMODE_CREATE,
+                                FileStreamC::FACCESS_WRITE, sharing, wait_for_lock);
     if (file == nullptr) return nullptr;
     const bool isAtFront = !append || file->position() == 0;
     return new StreamWriterC(file, encoding, writePreamble && isAtFront, true);

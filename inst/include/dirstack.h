@@ -56,8 +56,6 @@ public:
     // The next entry of the innermost directory but "."; `type` is its DT_... `name` is good until the next
     // call. FAILED: as the entry's `failure` says.
     NextT next(std::string_view& name, unsigned char& type);
-    // Begins the innermost directory again.
-    void rewind();
 
 private:
     DirStackEntC* entry(size_t n) const { return static_cast<DirStackEntC*>((*this)[n]); }

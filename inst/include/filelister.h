@@ -102,7 +102,7 @@ private:
     int openNextDir();
     ErrorT giveUpOn(std::unique_ptr<FileNameC> directory, int error, FileListSinkI* sink);
     void lookAt(FoundT& found, std::string_view entry, unsigned char type, bool wantsInfo);
-    void readInfo(FoundT& found, const char* entry) const;
+    void readInfo(FoundT& found, const FileNameC& full, const char* entry) const;
     void enterLater(const FileNameC& name);
 
     const bool recursive;
