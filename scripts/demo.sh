@@ -1,18 +1,19 @@
 #!/usr/bin/env bash
 # Builds the examples and runs them over real texts of this machine: licences, the Unicode data files
 # and readings of Chinese, Japanese and Korean characters. textinfo converts each text between the encodings,
-# and the result is compared with what iconv writes, byte for byte. agent inspects them in several threads, one
-# damaged, one missing and one without a recorded checksum, and its trace file is shown. In the end it encrypts
-# a value with the cryptographic module, which tvxssl-info shows.
+# and the result is compared with what iconv writes, byte for byte. findfiles walks a tree, and find beside it.
+# agent inspects the texts in several threads, one damaged, one missing and one without a recorded checksum, and
+# its trace file is shown. In the end it encrypts a value with the cryptographic module, which tvxssl-info shows.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 
 scripts/setup.sh base test demo crypto
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
-{ cmake --preset release && cmake --build --preset release --target textinfo agent tvxssl-info; } >"$work/log" 2>&1 ||
+{ cmake --preset release && cmake --build --preset release --target textinfo findfiles agent tvxssl-info; } >"$work/log" 2>&1 ||
   { cat "$work/log" >&2; exit 1; }
 textinfo=$PWD/build/release/examples/textinfo
+findfiles=$PWD/build/release/examples/findfiles
 agent=$PWD/build/release/examples/agent
 tvxssl_info=$PWD/build/release/tools/tvxssl-info
 
@@ -55,6 +56,12 @@ for text in *; do
   done
 done
 echo "$count conversions, all byte for byte what iconv writes."
+
+echo
+echo "The headers that findfiles finds below /usr/include, which are those that find finds:"
+"$findfiles" --name '*.h' /usr/include | sort >"$work/found"
+find /usr/include -name '*.h' -printf '%s %p\n' | sort | cmp - "$work/found"
+awk '{ bytes += $1 } END { printf "  %d files, %d bytes\n", NR, bytes }' "$work/found"
 
 echo
 echo "What agent finds when one of them has been damaged and one is gone:"
