@@ -210,6 +210,38 @@ TEST(StreamReader, marksAtTheFrontChooseTheEncodingAndAreNoText)
     }
 }
 
+TEST(StreamReader, linesAndMarksAreTheSameWhereverTheBytesAreCut)
+{
+    struct RowT {
+        TextEncodingI* encoding;
+        const char* name;
+    };
+    const RowT rows[] = {{TextEncodingI::UTF8(), StringC::CC_UTF8},
+                         {TextEncodingI::UTF16LE(), StringC::CC_UTF16LE},
+                         {TextEncodingI::UTF16BE(), StringC::CC_UTF16BE}};
+    for (const RowT& row : rows) {
+        for (const size_t before : {0UL, 126UL, 127UL, 128UL}) {   // a line is looked for in chunks of 128
+            const std::string first(before, 'x');
+            const StringC text = textOf(first + "\r\n\xE4\xB8\xAD\r\xF0\x9F\x98\x80\n\n\r\r\nlast");
+            size_t length = 0;
+            const U8BitT* const mark = row.encoding->getPreamble(&length);
+            std::string bytes(mark, mark + length);
+            bytes.resize(length + 4 * text.utf8Bytes());
+            size_t size = bytes.size() - length;
+            ASSERT_TRUE(text.convertTo(reinterpret_cast<U8BitT*>(bytes.data()) + length, size, row.name));
+            bytes.resize(length + size);
+            for (size_t cut = 1; cut < bytes.size(); ++cut) {
+                SCOPED_TRACE(testing::Message() << row.name << ", " << before << " before, cut at " << cut);
+                PiecesC stream(bytes, cut);
+                StreamReaderC reader(&stream, true, nullptr, false);
+                ASSERT_THAT(linesOf(reader),
+                            ElementsAre(first, "\xE4\xB8\xAD", "\xF0\x9F\x98\x80", "", "", "", "last"));
+                ASSERT_EQ(reader.getEncoding(), row.encoding);
+            }
+        }
+    }
+}
+
 TEST(StreamReader, linesEndWithAnyBreak)
 {
     std::ofstream("file", std::ios::binary) << "a\r\nb\rc\n\n\rd" << '\0' << "e\nlast";
