@@ -4,6 +4,8 @@
 //
 // Reads each FILE (- is standard input) in the encoding --from and prints what it counts. --to names the
 // encoding that is written to --out, all files one after the other; both are "utf8" unless given.
+// Text comes and goes as the bytes of a stream: a reader would replace what is malformed instead of telling
+// where it begins, and a writer would bring all line breaks into one form. The report is for a writer.
 // Exit status: 0; 2 wrong use; 3 a file cannot be read, written or decoded.
 
 #include "../support/wellformed.h"
@@ -11,15 +13,18 @@
 
 #include "arglist.h"
 #include "cstrings.h"
-#include "stringc.h"
+#include "errbuf.h"
+#include "fileservice.h"
+#include "streamwriter.h"
+#include "tvxcmn.h"
 #include "ucs4.h"
 #include "utf8.h"
 
-#include <cerrno>
 #include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -84,16 +89,38 @@ OptionsT parse(int argc, char** argv)
     return options;
 }
 
-std::string contentOf(const char* path)
+// Ends the program with what the system said first about the file.
+[[noreturn]] void failOfFile(const char* path)
 {
-    FILE* const file = std::strcmp(path, "-") == 0 ? stdin : std::fopen(path, "rbe");
-    if (file == nullptr) fail(STATUS_FILE, "%s: %s", path, std::strerror(errno));
+    const int reason = static_cast<int>(getErrBuf(2)->get(0)->error() & 0xFFFF);
+    fail(STATUS_FILE, "%s: %s", path, std::strerror(reason));
+}
+
+// A path is bytes, which need not be UTF-8.
+std::unique_ptr<IOStreamC> openFile(const char* path, FileStreamC::FileOpenModeT mode, FileStreamC::FileAccessT access)
+{
+    const FileNameC name(StringC(path, std::strlen(path), StringC::CC_VALID_UTF8));
+    std::unique_ptr<IOStreamC> file(FileService()->openFile(name, mode, access, FileStreamC::SHARE_READWRITE, false));
+    if (file == nullptr) failOfFile(path);
+    return file;
+}
+
+std::string contentOf(const char* path, InputStreamC& stream)
+{
     std::string content;
     char piece[65536];
-    while (const size_t count = std::fread(piece, 1, sizeof piece, file)) content.append(piece, count);
-    if (std::ferror(file)) fail(STATUS_FILE, "%s: %s", path, std::strerror(errno));
-    if (file != stdin) std::fclose(file);
+    long count;
+    while ((count = stream.read(piece, sizeof piece)) > 0) content.append(piece, static_cast<size_t>(count));
+    if (count < 0) failOfFile(path);
     return content;
+}
+
+std::string contentOf(const char* path)
+{
+    static FileStreamC standardInput(FileStreamC::NativeStdIn(), FileStreamC::FMODE_OPEN, FileStreamC::FACCESS_READ,
+                                     FileStreamC::SHARE_READWRITE);
+    if (std::strcmp(path, "-") == 0) return contentOf(path, standardInput);
+    return contentOf(path, *openFile(path, FileStreamC::FMODE_OPEN, FileStreamC::FACCESS_READ));
 }
 
 StringC textOf(const char* path, const std::string& content, const char* encoding)
@@ -142,39 +169,31 @@ std::string encodedText(const StringC& text, const char* encoding)
     return encoded;
 }
 
-void put(const StringC& text) { std::fwrite(text.utf8(), 1, text.utf8Bytes(), stdout); }
-
-// A path is bytes, which need not be UTF-8, so it does not go through a format.
-void print(const char* path, const OptionsT& options, size_t bytes, const TextStatsT& stats)
+void print(TextWriterC& report, const char* from, size_t bytes, const TextStatsT& stats)
 {
-    const StringC report("  bytes          %u (%s)\n"
+    const StringC counts("  bytes          %u (%s)\n"
                          "  characters     %d: %d letters, %d digits, %d ideographs\n"
                          "  words          %d\n"
                          "  lines          %d, the longest has %d characters\n"
                          "  frequent words");
-    std::printf("%s\n", std::strcmp(path, "-") == 0 ? "standard input" : path);
-    put(StringC::format(report, ArgList << bytes << options.from << stats.characters << stats.letters << stats.digits
-                                        << stats.ideographs << stats.words << stats.lines << stats.longestLine));
+    report.write(counts, ArgList << bytes << from << stats.characters << stats.letters << stats.digits
+                                 << stats.ideographs << stats.words << stats.lines << stats.longestLine);
     const char* separator = " ";
     for (const auto& [word, count] : stats.frequentWords) {
-        put(StringC::format("%s%S %d", ArgList << separator << word << count));
+        report.write("%s%S %d", ArgList << separator << word << count);
         separator = ", ";
     }
-    put("\n");
+    report.writeLine(StringC());
 }
 
-void printEncoded(const OptionsT& options, size_t bytes, long lost)
+void printEncoded(TextWriterC& report, const char* to, size_t bytes, long lost)
 {
-    put(StringC::format("  encoded        %u bytes (%s), ", ArgList << bytes << options.to));
-    put(lost == 0 ? StringC("nothing lost\n") : StringC::format("%d characters lost\n", ArgList << lost));
-}
-
-FILE* openOutput(const char* path)
-{
-    if (path == nullptr) return nullptr;
-    FILE* const out = std::fopen(path, "wbe");
-    if (out == nullptr) fail(STATUS_FILE, "%s: %s", path, std::strerror(errno));
-    return out;
+    report.write("  encoded        %u bytes (%s), ", ArgList << bytes << to);
+    if (lost == 0) {
+        report.writeLine("nothing lost");
+    } else {
+        report.writeLine("%d characters lost", ArgList << lost);
+    }
 }
 
 }   // namespace
@@ -186,18 +205,25 @@ int main(int argc, char** argv)
         std::fputs(USAGE, stderr);
         return STATUS_USAGE;
     }
-    FILE* const out = openOutput(options.out);
+    std::unique_ptr<IOStreamC> out;
+    if (options.out != nullptr) out = openFile(options.out, FileStreamC::FMODE_CREATE, FileStreamC::FACCESS_WRITE);
+    FileStreamC console(FileStreamC::NativeStdOut(), FileStreamC::FMODE_OPEN, FileStreamC::FACCESS_WRITE,
+                        FileStreamC::SHARE_READWRITE);
+    StreamWriterC report(&console, TextEncodingI::SYS8(), false, false);
     for (const char* path : options.files) {
+        getErrBuf(2)->reset();   // a report that nobody can read is no failure
         const std::string content = contentOf(path);
         const StringC text = textOf(path, content, options.from);
-        print(path, options, content.size(), statsOf(text, 10));
+        const std::string heading = std::string(std::strcmp(path, "-") == 0 ? "standard input" : path) + "\n";
+        console.write(heading.data(), static_cast<long>(heading.size()));   // with the bytes that the path has
+        print(report, options.from, content.size(), statsOf(text, 10));
 
         long lost = 0;
         const std::string encoded = encodedText(fittingText(text, options.to, lost), options.to);
-        printEncoded(options, encoded.size(), lost);
-        if (out != nullptr) std::fwrite(encoded.data(), 1, encoded.size(), out);
+        printEncoded(report, options.to, encoded.size(), lost);
+        if (out != nullptr && out->write(encoded.data(), static_cast<long>(encoded.size())) != 0)
+            fail(STATUS_FILE, "%s: cannot be written", options.out);
     }
-    if (out != nullptr && (std::ferror(out) | std::fclose(out)) != 0)
-        fail(STATUS_FILE, "%s: cannot be written", options.out);
+    if (out != nullptr && out->close() != 0) fail(STATUS_FILE, "%s: cannot be written", options.out);
     return 0;
 }
