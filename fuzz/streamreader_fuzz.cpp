@@ -73,7 +73,7 @@ public:
             do ++size;
             while (size < m_text.size() && (m_text[size] & 0xC0) == 0x80);
         }
-        const std::string result = m_text.substr(0, size);
+        std::string result = m_text.substr(0, size);
         m_text.erase(0, size);
         return result;
     }
