@@ -81,7 +81,8 @@ private:
         if (::fstat(m_target.fd(), &info) != 0) return fail(errno, TVXERR_COPY_OPEN_DESTINATION);
         if (isSameFile(info, m_sourceInfo)) return fail(EINVAL, TVXERR_COPY_OPEN_DESTINATION);
         hasTouched = true;
-        if (!S_ISREG(info.st_mode)) return 0;
+        // Some file systems write a file that was emptied to the disk when it is closed: not what is empty anyway.
+        if (!S_ISREG(info.st_mode) || info.st_size == 0) return 0;
         const bool isEmptied = retryOnEintr([&] { return ::ftruncate(m_target.fd(), 0); }) == 0;
         return isEmptied ? 0 : fail(errno, TVXERR_COPY_OPEN_DESTINATION);
     }

@@ -145,8 +145,10 @@ bool StreamReaderC::readPiece()
     const size_t skipped = skippedPreamble(held);
     makeRoomBehind(charBufferLen);
     UTF8T* const out = charBuffer.get() + m_end;
-    m_end += decoder->decodeBytes(byteBuffer.get() + skipped, held - skipped, out, m_charBufferSize - m_end, nullptr);
-    if (!m_hasReturns) m_hasReturns = std::any_of(out, charBuffer.get() + m_end, isReturn);
+    const size_t size =
+        decoder->decodeBytes(byteBuffer.get() + skipped, held - skipped, out, m_charBufferSize - m_end, nullptr);
+    m_end += size;
+    m_hasReturns = m_hasReturns || std::memchr(out, '\r', size) != nullptr;
     return true;
 }
 
