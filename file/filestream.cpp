@@ -139,6 +139,7 @@ IOStreamC* FileStreamC::openFile(const FileNameC& filename, FileOpenModeT mode, 
         reportOpenFailure(failure, path);
         return nullptr;
     }
+    if (access < FACCESS_READ || access > FACCESS_READWRITE) access = FACCESS_READ;   // as it was opened
     auto stream = std::make_unique<FileStreamC>(file.release(), mode, access, sharing);
     if (mode == FMODE_APPEND && stream->seek(0, FROM_END) < 0) return nullptr;
     return stream.release();

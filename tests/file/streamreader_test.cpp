@@ -2,6 +2,7 @@
 
 #include "errornumbers.h"
 #include "file/filesupport.h"
+#include "file/plainreader.h"
 #include "support/helpers.h"
 
 #include <gmock/gmock.h>
@@ -52,50 +53,6 @@ std::vector<std::string> linesOf(StreamReaderC& reader)
     return lines;
 }
 
-// The reader's rules with one string and no cleverness: what it returns and how often it reads is what counts.
-class PlainReaderC {
-public:
-    explicit PlainReaderC(InputStreamC& stream) : m_stream(stream) {}
-
-    std::string read(unsigned long count)
-    {
-        while (2 * m_text.size() / 3 < count) {
-            unsigned char piece[1024];
-            const long n = m_stream.read(piece, sizeof piece);
-            if (n < 1) break;
-            m_text.append(reinterpret_cast<const char*>(piece), static_cast<size_t>(n));
-        }
-        size_t size = 0;
-        for (unsigned long chars = 0; size < m_text.size() && chars < count; ++chars) {
-            do ++size;
-            while (size < m_text.size() && (m_text[size] & 0xC0) == 0x80);
-        }
-        const std::string result = m_text.substr(0, size);
-        m_text.erase(0, size);
-        return result;
-    }
-    void unRead(const std::string& text) { m_text.insert(0, text); }
-    bool readLine(std::string& line)
-    {
-        line.clear();
-        for (;;) {
-            std::string chunk = read(128);
-            if (chunk.empty()) return !line.empty();
-            const size_t end = chunk.find_first_of("\r\n");
-            line += chunk.substr(0, end);
-            if (end == std::string::npos) continue;
-            if (chunk[end] == '\r' && end + 1 == chunk.size()) chunk += read(1);
-            const bool isPair = chunk.substr(end, 2) == "\r\n";
-            unRead(chunk.substr(end + (isPair ? 2 : 1)));
-            return true;
-        }
-    }
-
-private:
-    InputStreamC& m_stream;
-    std::string m_text;
-};
-
 }   // namespace
 
 TEST(StreamReader, doesWhatThePlainReaderDoesWithAsManyReads)
@@ -112,16 +69,13 @@ TEST(StreamReader, doesWhatThePlainReaderDoesWithAsManyReads)
                                             "\xF0\x9F\x98\x80"};
     for (int round = 0; round < 300; ++round) {
         std::string text;
-        for (uint32_t n = source.below(300); n > 0; --n) {
-            const std::string& part = parts[source.below(static_cast<uint32_t>(parts.size()))];
-            // The plain reader does not decode, so no character may be cut.
-            const size_t left = 1024 - text.size() % 1024;
-            text += left < part.size() ? std::string(left, 'y') : part;
-        }
-        PiecesC ours(text, 1024);
-        PiecesC theirs(text, 1024);
+        for (uint32_t n = source.below(300); n > 0; --n)
+            text += parts[source.below(static_cast<uint32_t>(parts.size()))];
+        const size_t piece = round % 2 == 0 ? 1024 : 1 + source.below(1500);
+        PiecesC ours(text, piece);
+        PiecesC theirs(text, piece);
         StreamReaderC reader(&ours, false, nullptr, false);
-        PlainReaderC plain(theirs);
+        PlainReaderC plain(theirs, false, nullptr);
         for (int step = 0; step < 60; ++step) {
             SCOPED_TRACE(testing::Message() << "round " << round << ", step " << step);
             const uint32_t kind = source.below(8);
