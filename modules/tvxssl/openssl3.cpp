@@ -59,7 +59,9 @@ const EVP_CIPHER* fetchSingleDes()
     ERR_set_mark();   // a missing provider is no error of the caller's
     OSSL_LIB_CTX* const context = OSSL_LIB_CTX_new();
     const EVP_CIPHER* cipher = nullptr;
-    if (OSSL_PROVIDER_load(context, "legacy") != nullptr) cipher = EVP_CIPHER_fetch(context, "DES-ECB", nullptr);
+    if (context != nullptr && OSSL_PROVIDER_load(context, "legacy") != nullptr) {
+        cipher = EVP_CIPHER_fetch(context, "DES-ECB", nullptr);
+    }
     if (cipher == nullptr) OSSL_LIB_CTX_free(context);
     ERR_pop_to_mark();
     return cipher != nullptr ? cipher : ::EVP_des_ecb();
