@@ -372,14 +372,19 @@ TEST(OpenSSLProxy, forkWaitsUntilTheModuleIsLoaded)
 {
     inNewProcess([] {
         static std::atomic<bool> isLoading{false};
+        std::atomic<bool> isForked{false};
         fake().onEntry = [](OpenSSLProxyI* own) {
             isLoading = true;
             std::this_thread::sleep_for(std::chrono::milliseconds(50));
             return own;
         };
-        std::thread loader([] { proxyIn(FAKE); });
+        std::thread loader([&] {
+            proxyIn(FAKE);
+            while (!isForked) std::this_thread::yield();   // a child with an ended thread that nobody joined leaks it
+        });
         while (!isLoading) std::this_thread::yield();
         EXPECT_EQ(inChild([] { return isStub(*getOpenSSL(1)->getProxy()) ? 1 : 0; }), 0);
+        isForked = true;
         loader.join();
         EXPECT_FALSE(isStub(*getOpenSSL(1)->getProxy()));
     });
