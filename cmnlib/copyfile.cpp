@@ -16,19 +16,6 @@ const size_t BLOCK_SIZE = 128 * 1024;
 // The most that the system moves in one call.
 const size_t RANGE_SIZE = 1UL << 30;
 
-// 0 or an errno.
-int writeAll(int fd, const char* data, size_t size)
-{
-    while (size > 0) {
-        const ssize_t written = retryOnEintr([&] { return write(fd, data, size); });
-        if (written < 0) return errno;
-        if (written == 0) return EIO;   // would go on for ever
-        data += written;
-        size -= static_cast<size_t>(written);
-    }
-    return 0;
-}
-
 CopyResultT copyByBlocks(int from, int to)
 {
     // A short text, or nothing at all, is not worth a large block.
@@ -80,6 +67,18 @@ int statusOf(int error)
 }
 
 }   // namespace
+
+int writeAll(int fd, const char* data, size_t size)
+{
+    while (size > 0) {
+        const ssize_t written = retryOnEintr([&] { return write(fd, data, size); });
+        if (written < 0) return errno;
+        if (written == 0) return EIO;   // would go on for ever
+        data += written;
+        size -= static_cast<size_t>(written);
+    }
+    return 0;
+}
 
 CopyStepT copyBlock(int from, int to, char* block, size_t capacity)
 {

@@ -30,6 +30,12 @@ DIR* streamOf(FdOwnerC fd)
     return dp;
 }
 
+void identify(DirStackEntC& directory, const struct stat& info)
+{
+    directory.device = info.st_dev;
+    directory.inode = info.st_ino;
+}
+
 // Null at the end and after a failure, which errno tells apart.
 const dirent* readNext(DIR* dp)
 {
@@ -45,10 +51,8 @@ const dirent* readNext(DIR* dp)
 
 void DIRStackC::push(FileNameC* dirname, DIR* dp)
 {
-    struct stat info = {};
-    (void)::fstat(::dirfd(dp), &info);
     const bool isSearchable = ::faccessat(::dirfd(dp), ".", X_OK, AT_EACCESS) == 0;
-    const DirStackEntC directory = {dirname, dp, nullptr, 0, isSearchable, info.st_dev, info.st_ino};
+    const DirStackEntC directory = {dirname, dp, nullptr, 0, isSearchable, 0, 0};
     add(&directory);
     if (size() - m_shelved > MAX_OPEN) shelve(*entry(m_shelved++));
 }
@@ -103,11 +107,12 @@ int DIRStackC::open(FileNameC* dirname, const FileNameC& path, bool followsLinks
         fd.reset(openDirectoryAt(::dirfd(top()->dp), component.c_str(), flags));
     }
     struct stat info = {};
-    if (!fd.isOpen() || ::fstat(fd.fd(), &info) != 0) return errno;
+    if (!fd.isOpen() || (followsLinks && ::fstat(fd.fd(), &info) != 0)) return errno;
     if (followsLinks && holds(info.st_dev, info.st_ino)) return ELOOP;
     DIR* const dp = streamOf(std::move(fd));
     if (dp == nullptr) return errno;
     push(name.release(), dp);
+    identify(*top(), info);
     return 0;
 }
 
@@ -134,6 +139,9 @@ DIRStackC::NextT DIRStackC::next(std::string_view& name, unsigned char& type)
 
 void DIRStackC::shelve(DirStackEntC& directory)
 {
+    struct stat info = {};
+    (void)::fstat(::dirfd(directory.dp), &info);
+    identify(directory, info);
     if (directory.rest == nullptr) {
         auto rest = std::make_unique<DirRestC>();
         while (const dirent* const found = readNext(directory.dp)) {

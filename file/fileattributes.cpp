@@ -100,7 +100,8 @@ int setLastModified(const FileNameC* name, time_t when)
     return path.failure() != 0 ? path.failure() : statusOf(::utimensat(AT_FDCWD, path.c_str(), times, 0));
 }
 
-// The permissions come last, because a new owner or group takes the set-id bits away.
+// The permissions come last, because a new owner or group takes the set-id bits away. They come also when the owner
+// cannot be given, then without these bits, which would lend another owner's rights.
 int clone(const FileNameC* from, const FileNameC* to)
 {
     struct stat source;
@@ -110,8 +111,10 @@ int clone(const FileNameC* from, const FileNameC* to)
     if (failure != 0) return failure;
     const PathC path(to);
     const bool hasOwners = source.st_uid == target.st_uid && source.st_gid == target.st_gid;
-    if (!hasOwners && ::chown(path.c_str(), source.st_uid, source.st_gid) != 0) return errno;
-    return statusOf(::chmod(path.c_str(), source.st_mode & PERMISSIONS));
+    if (!hasOwners) failure = statusOf(::chown(path.c_str(), source.st_uid, source.st_gid));
+    const mode_t kept = failure == 0 ? PERMISSIONS : PERMISSIONS & ~static_cast<mode_t>(S_ISUID | S_ISGID);
+    const int modeFailure = statusOf(::chmod(path.c_str(), source.st_mode & kept));
+    return failure != 0 ? failure : modeFailure;
 }
 
 int diskFree(const FileNameC* name, FileSizeT& bytes)

@@ -31,16 +31,17 @@ bool isSameFile(const struct stat& a, const struct stat& b) { return a.st_dev ==
 // One file on its way.
 class FileCopierC {
 public:
-    FileCopierC(const FileNameC* from, const FileNameC* to, const CopyProgressT& progress)
-        : m_from(from), m_to(to), m_progress(progress)
+    FileCopierC(const FileNameC* from, const FileNameC* to, const CopyProgressT& progress, bool isMoved)
+        : m_from(from), m_to(to), m_progress(progress), m_isMoved(isMoved)
     {
     }
-    CopyOutcomeT copy(bool isSynced)
+    CopyOutcomeT copy()
     {
         CopyOutcomeT outcome = {openSource(), false, false};
         if (outcome.code == 0) outcome.code = openTarget(outcome.hasTouched);
         if (outcome.code == 0) outcome.code = moveAll(outcome.isStopped);
-        if (outcome.code == 0 && isSynced && ::fsync(m_target.fd()) != 0) outcome.code = fail(errno, TVXERR_COPY_WRITE);
+        if (outcome.code == 0 && m_isMoved && ::fsync(m_target.fd()) != 0)
+            outcome.code = fail(errno, TVXERR_COPY_WRITE);
         const int closing = m_target.isOpen() ? closeFd(m_target.release()) : 0;
         if (outcome.code == 0 && closing != 0) outcome.code = fail(closing, TVXERR_COPY_WRITE);
         return outcome;
@@ -69,8 +70,9 @@ private:
     // The target is emptied when it is known not to be the source under another name.
     long openTarget(bool& hasTouched)
     {
-        const OpeningT opening = {FileStreamC::FMODE_OPENORCREATE, FileStreamC::FACCESS_WRITE, FileStreamC::SHARE_READ,
-                                  false, 0};
+        const OpeningT opening = {
+            FileStreamC::FMODE_OPENORCREATE,        FileStreamC::FACCESS_WRITE, FileStreamC::SHARE_READ, false, 0,
+            m_isMoved ? mode_t{0600} : mode_t{0666}};
         const StringC path = m_to->getPath();
         struct stat info = {};
         const int error = openPlainly(path, opening, m_target);
@@ -119,6 +121,7 @@ private:
     const FileNameC* const m_from;
     const FileNameC* const m_to;
     const CopyProgressT& m_progress;
+    const bool m_isMoved;
     FdOwnerC m_source;
     FdOwnerC m_target;
     struct stat m_sourceInfo = {};
@@ -128,6 +131,18 @@ long reportDirectory(int error, const FileNameC& directory)
 {
     if (error != 0) ErrorErrno(error);
     return Error(TVXERR_FILE_CREATE_DIRECTORY, "Cannot create directory '%1$S'", ArgListC() << directory.getPath());
+}
+
+// Makes a directory that may be there already. The root is nobody's to make, or to give other attributes.
+long makeDirectory(const FileNameC& directory, mode_t permissions)
+{
+    const fileattributes::PathC path(&directory);
+    if (path.failure() != 0) return reportDirectory(path.failure(), directory);
+    if (directory.isRoot()) return reportDirectory(EEXIST, directory);
+    if (::mkdir(path.c_str(), permissions) == 0) return 0;
+    const int failure = errno;
+    const bool isThere = failure == EEXIST && fileattributes::isThere(&directory, LinksT::FOLLOWED, S_IFDIR);
+    return isThere ? 0 : reportDirectory(failure, directory);
 }
 
 // Whether `to`, or where it would be made, lies in the directory `from`.
@@ -166,7 +181,7 @@ public:
     {
         if (liesInside(m_from, m_to)) return reportDirectory(EINVAL, m_to);
         long result = m_progress.callback != nullptr ? each(&TreeCopierC::count) : 0;
-        if (result == 0) result = makeDirectory(m_from, m_to);
+        if (result == 0) result = enter(m_from, m_to);
         if (result == 0) result = each(&TreeCopierC::copyEntry);
         const long attributes = finishDirectories();
         return result != 0 ? result : attributes;
@@ -179,21 +194,35 @@ private:
     {
         const std::unique_ptr<FileListerI> lister(
             FileService()->getLister(&m_from, FileListerC::Recursive | FileListerC::Relative));
-        ErrorT end = 0;
+        bool isBelow = false;   // entries have come: what is missing then has gone since it was listed
         while (!m_isStopped) {
             FileNameC* namePointer = nullptr;
             FileInfoC* infoPointer = nullptr;
-            end = lister->getNext(&namePointer, &infoPointer);
+            const ErrorT end = lister->getNext(&namePointer, &infoPointer);
             const std::unique_ptr<FileNameC> name(namePointer);
-            const std::unique_ptr<FileInfoC> info(infoPointer);
-            if (end != 0) break;
-            if (name == nullptr || info == nullptr) continue;   // unreadable: the next call tells; or gone
+            std::unique_ptr<FileInfoC> info(infoPointer);
+            if (end == TVXERR_FILE_NO_MORE_FILES) return 0;
+            if (end == ENOENT && isBelow) lister->clearError();
+            if (end != 0 && (end != ENOENT || !isBelow)) return ErrorErrno(static_cast<int>(end));
+            if (name == nullptr) continue;   // a directory that cannot be read: the next call tells
+            isBelow = true;
             const std::unique_ptr<FileNameC> from(FileNameMakerC::makeChild(m_from, FileNameMakerC::bytes(*name)));
             const std::unique_ptr<FileNameC> to(FileNameMakerC::makeChild(m_to, FileNameMakerC::bytes(*name)));
-            const long result = (this->*visit)(*from, *to, *info);
+            const int failure = info == nullptr ? look(*from, info) : 0;
+            if (failure != 0 && failure != ENOENT) return ErrorErrno(failure);
+            const long result = failure == 0 ? (this->*visit)(*from, *to, *info) : 0;
             if (result != 0) return result;
         }
-        return end == 0 || end == TVXERR_FILE_NO_MORE_FILES ? 0 : ErrorErrno(static_cast<int>(end));
+        return 0;
+    }
+
+    // What the lister could not tell.
+    static int look(const FileNameC& name, std::unique_ptr<FileInfoC>& info)
+    {
+        struct stat status;
+        const int failure = fileattributes::read(&name, LinksT::SEEN, status);
+        if (failure == 0) info = std::make_unique<FileInfoC>(fileattributes::infoOf(status));
+        return failure;
     }
 
     long count(const FileNameC& from, const FileNameC&, const FileInfoC& info)
@@ -209,7 +238,7 @@ private:
 
     long copyEntry(const FileNameC& from, const FileNameC& to, const FileInfoC& info)
     {
-        if (info.isDirectory()) return makeDirectory(from, to);
+        if (info.isDirectory()) return enter(from, to);
         if (info.isFile()) return copyOne(from, to);
         if (info.mode() != FILEINFO_MODELNK) return 0;
         struct stat target;
@@ -236,16 +265,16 @@ private:
         const ssize_t size = ::readlink(source.c_str(), target, PATH_MAX);
         if (size < 0) return errno == ENOENT ? 0 : ErrorErrno(errno);
         target[size] = 0;
-        return ::symlink(target, link.c_str()) == 0 ? 0 : ErrorErrno(errno);
+        bool isMade = ::symlink(target, link.c_str()) == 0;
+        if (!isMade && errno == EEXIST && ::unlink(link.c_str()) == 0) isMade = ::symlink(target, link.c_str()) == 0;
+        return isMade ? 0 : ErrorErrno(errno);
     }
 
     // Writable for us until all that belongs in it is there.
-    long makeDirectory(const FileNameC& from, const FileNameC& to)
+    long enter(const FileNameC& from, const FileNameC& to)
     {
-        const fileattributes::PathC path(&to);
-        const int failure = path.failure() != 0 || ::mkdir(path.c_str(), 0700) == 0 ? path.failure() : errno;
-        const bool isThere = failure == EEXIST && fileattributes::isThere(&to, LinksT::FOLLOWED, S_IFDIR);
-        if (failure != 0 && !isThere) return reportDirectory(failure, to);
+        const long result = makeDirectory(to, 0700);
+        if (result != 0) return result;
         m_sources.add(new FileNameC(from));
         m_targets.add(new FileNameC(to));
         return 0;
@@ -272,19 +301,17 @@ private:
 
 }   // namespace
 
-CopyOutcomeT copyRegularFile(const FileNameC* from, const FileNameC* to, const CopyProgressT& progress, bool isSynced)
+CopyOutcomeT copyRegularFile(const FileNameC* from, const FileNameC* to, const CopyProgressT& progress, bool isMoved)
 {
-    return FileCopierC(from, to, progress).copy(isSynced);
+    return FileCopierC(from, to, progress, isMoved).copy();
 }
 
 long FlnFileServiceC::mkdirTemplate(const FileNameC* templateDirectory, const FileNameC* newDirectory)
 {
     if (!TVX_CHECK(templateDirectory != nullptr, "templateDirectory")) return ErrorErrno(EINVAL);
     if (!TVX_CHECK(newDirectory != nullptr, "newDirectory")) return ErrorErrno(EINVAL);
-    const fileattributes::PathC path(newDirectory);
-    const int failure = path.failure() != 0 || ::mkdir(path.c_str(), 0777) == 0 ? path.failure() : errno;
-    if (failure != 0 && !isDirectory(newDirectory)) return reportDirectory(failure, *newDirectory);
-    return cloneAttributes(templateDirectory, newDirectory);
+    const long result = makeDirectory(*newDirectory, 0777);
+    return result != 0 ? result : cloneAttributes(templateDirectory, newDirectory);
 }
 
 long FlnFileServiceC::copyFile(const FileNameC* from, const FileNameC* to, FileCopyCallbackT callback, void* closure)

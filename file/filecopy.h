@@ -18,7 +18,8 @@ struct CopyOutcomeT {
     bool isStopped;    // by the callback
 };
 
-// With `isSynced` the copy is on the disk when this is done.
-CopyOutcomeT copyRegularFile(const FileNameC* from, const FileNameC* to, const CopyProgressT& progress, bool isSynced);
+// `isMoved`: the copy will take the place of the source. It is nobody else's to read until its permissions are set,
+// and on the disk when this is done.
+CopyOutcomeT copyRegularFile(const FileNameC* from, const FileNameC* to, const CopyProgressT& progress, bool isMoved);
 
 #endif   // TVXCMN_FILE_FILECOPY_H

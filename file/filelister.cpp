@@ -217,16 +217,25 @@ unsigned char FileFindListerC::filter(const FileNameC* filename, unsigned char i
 
 FileListingC::FileListingC(FileListerI* lister, bool synchronous) : mLister(lister), mSynchronous(synchronous)
 {
-    if (mSynchronous) FileListingC::advance();
+    if (mSynchronous) finish(mLister->listAll(this));
 }
 
 FileListingC::~FileListingC() = default;
 
 bool FileListingC::advance(unsigned long maxEntries)
 {
-    const size_t wanted = size() + maxEntries;
-    while (!m_isAtEnd && (maxEntries == 0 || size() < wanted)) m_isAtEnd = mLister->getNext(this) != 0;
+    const size_t before = size();
+    while (!m_isAtEnd && (maxEntries == 0 || size() - before < maxEntries)) {
+        const ErrorT result = mLister->getNext(this);
+        if (result != 0) finish(result);
+    }
     return !m_isAtEnd;
+}
+
+void FileListingC::finish(ErrorT result)
+{
+    m_isAtEnd = true;
+    if (err_code == 0 && result != TVXERR_FILE_NO_MORE_FILES) err_code = result;
 }
 
 FileListSinkI::ActionT FileListingC::addFile(FileNameC* name)

@@ -11,7 +11,8 @@ struct OpeningT {
     FileStreamC::FileAccessT access;
     FileStreamC::FileShareT sharing;
     bool waitsForLock;
-    int moreFlags;   // of open()
+    int moreFlags;               // of open()
+    mode_t permissions = 0666;   // of a new file, less the process's mask
 };
 
 // 0 and the open file, or the errno of the failure. Asserts what FileStreamC::openFile does.

@@ -7,8 +7,10 @@
 #include "file/streamerrors.h"
 #include "filename.h"
 
+#include <algorithm>
 #include <cstring>
 #include <memory>
+#include <typeinfo>
 
 static_assert(sizeof(off_t) == sizeof(long long), "every position fits");
 
@@ -29,6 +31,7 @@ int accessFlags(FileStreamC::FileAccessT access)
 struct PlanT {
     const char* path;
     int flags;
+    mode_t permissions;
     bool isLocked;
     bool isTruncatedLater;   // under the lock
     short lock;              // F_WRLCK or F_RDLCK
@@ -84,7 +87,7 @@ int checkIdentity(int fd, const char* path)
 // 0 and the open file, or the errno of the failure.
 int openPlanned(const PlanT& plan, FdOwnerC& file)
 {
-    file.reset(openFd(plan.path, plan.flags));
+    file.reset(openFd(plan.path, plan.flags, plan.permissions));
     if (!file.isOpen()) return errno;
     if (plan.isLocked) {
         int failure = lockWhole(file.fd(), plan);
@@ -103,6 +106,7 @@ int openPlainly(const StringC& path, const OpeningT& opening, FdOwnerC& file)
     plan.path = path.utf8();
     if (std::strlen(plan.path) != path.utf8Bytes()) return EINVAL;   // the system would cut it
     plan.flags = accessFlags(opening.access) | opening.moreFlags;
+    plan.permissions = opening.permissions;
     plan.isLocked = opening.sharing == FileStreamC::SHARE_NONE || opening.sharing == FileStreamC::SHARE_READ;
     plan.lock = opening.sharing == FileStreamC::SHARE_NONE ? F_WRLCK : F_RDLCK;
     plan.waitsForLock = opening.waitsForLock;
@@ -169,6 +173,27 @@ long FileStreamC::read(unsigned char* buf, long size)
     const ssize_t n = size > 0 ? ::read(fileHandle, buf, static_cast<size_t>(size)) : -1;
     if (n < 0) ErrorErrno(size > 0 ? errno : EINVAL);
     return n;
+}
+
+// What the system does not move, and whatever fails, is left to the reads and writes. Only a file that is one to the
+// last override is taken for one.
+long FileStreamC::writeFrom(InputStreamC& in, long count)
+{
+    const long most = 1L << 30;
+    const auto* const source = typeid(in) == typeid(FileStreamC) ? static_cast<const FileStreamC*>(&in) : nullptr;
+    if (source != nullptr && source != this && typeid(*this) == typeid(FileStreamC) && source->canRead() &&
+        canWrite()) {
+        const bool isLimited = count > 0;
+        ssize_t moved = 1;
+        while (moved > 0 && (!isLimited || count > 0)) {
+            const size_t size = static_cast<size_t>(isLimited ? std::min(count, most) : most);
+            moved = ::copy_file_range(source->fileHandle, nullptr, fileHandle, nullptr, size, 0);
+            if (moved > 0) count -= moved;
+        }
+        if (isLimited && count == 0) return 0;
+        if (!isLimited) count = 0;
+    }
+    return OutputStreamC::writeFrom(in, count);
 }
 
 long long FileStreamC::length() const

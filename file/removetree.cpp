@@ -70,12 +70,12 @@ private:
     bool widen(TargetT& target)
     {
         const char* const name = target.name.c_str();
-        if (target.isWidened) (void)::fchmodat(around(), name, target.mode, 0);
+        if (target.isWidened) (void)::fchmodat(around(), name, target.mode, AT_SYMLINK_NOFOLLOW);
         if (target.isWidened || !target.how.isForced) return false;
         struct stat info = {};
         if (::fstatat(around(), name, &info, AT_SYMLINK_NOFOLLOW) != 0 || S_ISLNK(info.st_mode)) return false;
         target.mode = info.st_mode & 07777;
-        if (::fchmodat(around(), name, target.mode | S_IWUSR, 0) != 0) return false;
+        if (::fchmodat(around(), name, target.mode | S_IWUSR, AT_SYMLINK_NOFOLLOW) != 0) return false;
         target.isWidened = true;
         target.how.isForced = target.how.forcesContents = false;
         return true;

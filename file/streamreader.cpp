@@ -164,7 +164,7 @@ UCS4 StreamReaderC::getChar()
     if (unreturnedSize() == 0) return NO_CHAR;
     const UTF8T* next = unreturned();
     const UCS4 ch = UTF8Get(next);
-    m_begin = static_cast<size_t>(next - charBuffer.get());
+    m_begin = std::min(static_cast<size_t>(next - charBuffer.get()), m_end);   // the last one may be cut short
     return ch;
 }
 
@@ -220,7 +220,7 @@ long StreamReaderC::readLine(StringC& line)
         line = StringC();
         return TVXERR_STREAM_END;
     }
-    line = take(size);
+    take(size).swap(line);
     m_begin += endSize;
     return 0;
 }

@@ -1,5 +1,6 @@
 #include "streams.h"
 
+#include "assertfatal.h"
 #include "errorapi.h"
 
 #include <algorithm>
@@ -34,8 +35,10 @@ long OutputStreamC::writeFrom(InputStreamC& in, long count)
     const bool isLimited = count > 0;
     unsigned char chunk[CHUNK];
     while (!isLimited || count > 0) {
-        const long n = in.read(chunk, isLimited ? std::min(count, CHUNK) : CHUNK);
+        const long room = isLimited ? std::min(count, CHUNK) : CHUNK;
+        long n = in.read(chunk, room);
         if (n <= 0) break;
+        if (!TVX_CHECK(n <= room, "n <= room")) n = room;
         if (write(chunk, n) != 0) return Error(TVXERR_STREAM_WRITE, "Failed to write to a stream");
         count -= n;
     }

@@ -71,8 +71,8 @@ long StreamWriterC::write(const StringC& text)
         return writeBytes(bytes, size);
     const size_t length = encoder->encodedLength(bytes, size);
     if (bufferLen < length) {
+        buffer.reset(new U8BitT[length * 3 / 2]);
         bufferLen = length * 3 / 2;
-        buffer.reset(new U8BitT[bufferLen]);
     }
     return writeBytes(buffer.get(), encoder->encode(bytes, size, buffer.get(), length, nullptr));
 }

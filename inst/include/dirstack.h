@@ -24,7 +24,7 @@ struct DirStackEntC {
     DirRestC* rest;       // owned: what was read ahead; null while nothing was
     int failure;          // why the directory cannot be read to its end: an errno
     bool isSearchable;    // its entries can be looked at
-    dev_t device;
+    dev_t device;         // with the inode what the directory is; both 0 until that is asked for
     ino_t inode;
 };
 

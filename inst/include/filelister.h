@@ -151,7 +151,7 @@ public:
 
     // Reads up to `maxEntries` entries, or all with 0. True while more may come.
     bool advance(unsigned long maxEntries = 0);
-    // 0, or the errno of the first directory that could not be read.
+    // 0, or the errno of the first directory that could not be read, or what else ended the lister.
     ErrorT errorCode() const { return err_code; }
 
     ActionT addFile(FileNameC* name) override;
@@ -159,6 +159,8 @@ public:
     ActionT warning(FileNameC* name, int errorNumber) override;
 
 private:
+    void finish(ErrorT result);
+
     const std::unique_ptr<FileListerI> mLister;
     const bool mSynchronous;
     ErrorT err_code = 0;

@@ -72,6 +72,8 @@ public:
     // As many write() as it takes; none of them is repeated when a signal interrupts it. How much of the
     // bytes had been written before a failure is not told. On a stream that cannot write: 0xE0CB0008.
     long write(const unsigned char* buf, long size) override;
+    // From file to file the system moves the bytes where it can.
+    long writeFrom(InputStreamC& in, long count) override;
 
     using IOStreamC::read;
     using IOStreamC::write;

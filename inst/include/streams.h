@@ -38,7 +38,7 @@ public:
     virtual long write(const unsigned char* buf, long size) = 0;
     // Copies `count` bytes, or for a count below 1 everything up to the end, from `in`. A failing write
     // records 0xE0CB0015 besides and returns it; a failing read just ends the copy. A stream that is
-    // copied into itself gives what it held when the copy began.
+    // copied into itself comes to an end: no more is copied than it held when the copy began.
     virtual long writeFrom(InputStreamC& in, long count);
     // Copies everything up to the end from `in`.
     virtual OutputStreamC& operator<<(InputStreamC& in);

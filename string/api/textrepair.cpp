@@ -17,6 +17,7 @@ size_t wellFormedPrefix(std::string_view bytes)
 
 StringC repairedText(std::string_view bytes)
 {
+    if (wellFormedPrefix(bytes) == bytes.size()) return wellFormedText(bytes);
     StringC text;
     while (!bytes.empty()) {
         const size_t good = wellFormedPrefix(bytes);

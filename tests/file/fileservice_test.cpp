@@ -2,7 +2,9 @@
 
 #include "cmnlib/syscall.h"
 #include "file/filesupport.h"
+#include "filelister.h"
 #include "streamreader.h"
+#include "support/allocations.h"
 #include "support/faults.h"
 #include "support/helpers.h"
 #include "support/system.h"
@@ -15,6 +17,9 @@
 #include <filesystem>
 #include <fstream>
 #include <memory>
+#include <sched.h>
+#include <sys/mount.h>
+#include <sys/resource.h>
 #include <thread>
 
 namespace fs = std::filesystem;
@@ -74,6 +79,16 @@ std::string described(const std::string& tree)
     return all;
 }
 
+// Deeper than any path may be long, with a link to everything on each level.
+void makeDeepTree(int levels)
+{
+    FdOwnerC at(openFd(".", O_RDONLY | O_DIRECTORY));
+    for (int n = 0; n < levels; ++n) {
+        if (::mkdirat(at.fd(), "d", 0777) != 0 || ::symlinkat("/", at.fd(), "z") != 0) std::abort();
+        at.reset(::openat(at.fd(), "d", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    }
+}
+
 }   // namespace
 
 TEST(FileService, copiesATreeAsItIs)
@@ -101,6 +116,35 @@ TEST(FileService, copiesATreeAsItIs)
     fs::remove("copy/dangling");
     EXPECT_EQ(copied("tree", "copy"), 0);   // into what is there
     EXPECT_EQ(fs::file_size("copy/file"), 10000U);
+}
+
+// Owners that cannot be given away are no reason to lose permissions, and what may not be seen is told.
+TEST(FileService, copiesWhatBelongsToOthers)
+{
+    if (::geteuid() != 0) GTEST_SKIP() << "needs files of another owner";
+    fs::create_directories("tree/inner");
+    put("tree/inner/file");
+    ASSERT_EQ(::chmod("tree/inner", 02755), 0);   // that of the group does not go along
+    fs::create_symlink("file", "tree/inner/link");
+    ASSERT_EQ(::chmod(".", 0777), 0);
+    EXPECT_EQ(inChild([] {
+                  if (::setuid(65534) != 0) return 1;
+                  for (int time = 0; time < 2; ++time) {   // the second time onto the first copy
+                      if (copied("tree", "copy") != 0 || !fs::exists("copy/inner/link")) return 2;
+                  }
+                  if (modeOf("copy") != 0755 || modeOf("copy/inner") != 0755) return 3;
+                  fs::create_directories("own/closed");
+                  put("own/closed/file");
+                  ::chmod("own/closed", 0444);
+                  return copied("own", "half") == system(EACCES) ? 0 : 4;
+              }),
+              0);
+    const FileNameC root = named("/");
+    const FileNameC tree = named("tree");
+    const mode_t before = modeOf("/");
+    EXPECT_EQ(FlnFileServiceC().mkdirTemplate(&tree, &root), TVXERR_FILE_CREATE_DIRECTORY);
+    EXPECT_EQ(modeOf("/"), before);
+    recordedErrors();
 }
 
 TEST(FileService, aTreeIsNotCopiedIntoItself)
@@ -194,6 +238,53 @@ TEST(FileService, everyStepOfACopyCanFail)
     EXPECT_EQ(openDescriptors(), before);
 }
 
+// What fits is there, what does not is told, and the source stays whole.
+TEST(FileService, aFullFileSystemStopsACopy)
+{
+    put("file", std::string(100000, 'x'));
+    fs::create_directory("small");
+    const int result = inChild([] {
+        if (::unshare(CLONE_NEWNS) != 0 || ::mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0 ||
+            ::mount("none", "small", "tmpfs", 0, "size=64k") != 0) {
+            return 77;
+        }
+        if (copied("file", "small/file") != TVXERR_COPY_WRITE) return 1;
+        if (recordedErrors() != std::vector<ErrorT>{system(ENOSPC), TVXERR_COPY_WRITE}) return 2;
+        if (renamed("file", "small/moved") != TVXERR_COPY_WRITE || fs::exists("small/moved")) return 3;
+        if (fs::file_size("file") != 100000 || !removed("small/file", false, false)) return 4;
+        put("fits", std::string(60000, 'y'));
+        return renamed("fits", "small/fits") == 0 && fs::file_size("small/fits") == 60000 ? 0 : 5;
+    });
+    if (result == 77) GTEST_SKIP() << "not allowed to mount";
+    EXPECT_EQ(result, 0);
+}
+
+// 3,000 levels do with 100 descriptors; where there is none at all, everything says so.
+TEST(FileService, descriptorsMayRunOut)
+{
+    EXPECT_EQ(inChild([] {
+                  const rlimit few = {100, 100};
+                  ::setrlimit(RLIMIT_NOFILE, &few);
+                  makeDeepTree(3000);
+                  if (!removed("d", false, true) || fs::exists("d")) return 1;
+                  if (!countsAllocations()) return 0;   // a sanitizer needs descriptors for itself
+                  put("file");
+                  fs::create_directory("dir");
+                  put("dir/file");
+                  while (::open("/dev/null", O_RDONLY | O_CLOEXEC) >= 0) {
+                  }
+                  recordedErrors();
+                  if (copied("file", "copy") != TVXERR_COPY_OPEN_SOURCE) return 2;
+                  if (recordedErrors()[0] != system(EMFILE) || removed("dir", false, true)) return 3;
+                  const FileNameC start = named("dir");
+                  FileListerC lister(&start, FileListerC::Recursive);
+                  FileNameC* name = nullptr;
+                  if (lister.getNext(&name) != 0 || name != nullptr || lister.getNext(&name) != EMFILE) return 4;
+                  return made("dir/inner/innermost", true) ? 0 : 5;
+              }),
+              0);
+}
+
 TEST(FileService, movesBetweenFileSystemsByCopying)
 {
     struct stat here;
@@ -243,20 +334,6 @@ TEST(FileService, removesTreesAndNothingOutside)
     EXPECT_TRUE(removed("missing", false, false));
     EXPECT_FALSE(removed("outside/file/below", false, false));
     EXPECT_THAT(recordedErrors(), IsEmpty());
-}
-
-// Deeper than paths and than the number of open files may be.
-TEST(FileService, removesDeepTrees)
-{
-    FdOwnerC at(openFd(".", O_RDONLY | O_DIRECTORY));
-    for (int n = 0; n < 2200; ++n) {
-        ASSERT_EQ(::mkdirat(at.fd(), "d", 0777), 0);
-        ASSERT_EQ(::symlinkat("/", at.fd(), "z"), 0);
-        at.reset(::openat(at.fd(), "d", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    }
-    at.reset();
-    EXPECT_TRUE(removed("d", false, true));
-    EXPECT_FALSE(fs::exists("d"));
 }
 
 // As somebody who is not allowed everything.
@@ -330,6 +407,21 @@ TEST(FileService, makesDirectoriesWithTheirParents)
     EXPECT_EQ(modeOf("t"), 0711U);
     EXPECT_EQ(service.mkdirTemplate(&from, &nowhere), TVXERR_FILE_CREATE_DIRECTORY);
     EXPECT_THAT(recordedErrors(), ElementsAre(system(ENOENT), TVXERR_FILE_CREATE_DIRECTORY));
+}
+
+TEST(FileService, processesThatMakeOneTreeAllSucceed)
+{
+    std::vector<int> children;
+    for (int n = 0; n < 4; ++n) {
+        children.push_back(forkChild());
+        if (children.back() != 0) continue;
+        for (int round = 0; round < 200; ++round) {
+            const std::string tree = "round" + std::to_string(round) + "/a/b/c/d";
+            if (!made(tree, true) || !fs::is_directory(tree)) _exit(1);
+        }
+        _exit(getErrBuf(2)->count() == 0 ? 0 : 2);
+    }
+    for (const int child : children) EXPECT_EQ(waitForChild(child), 0);
 }
 
 TEST(FileService, emptyFoldersGoUpToTheLimit)

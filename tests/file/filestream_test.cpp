@@ -310,6 +310,31 @@ TEST(OutputStream, copiesInChunksUpToTheCount)
     EXPECT_THAT(recordedErrors(), ElementsAre(system(ENOSPC), TVXERR_STREAM_WRITE));
 }
 
+// By the system where it can, by hand where it cannot, and from the positions where both streams are.
+TEST(OutputStream, copiesFromFileToFile)
+{
+    std::string text;
+    for (int n = 0; n < 1000; ++n) text += std::to_string(n) + " ";
+    putFile("source", text);
+    const StreamT source = opened("source", FS::FMODE_OPEN, FS::FACCESS_READ, FS::SHARE_READ);
+    for (const int error : {0, ENOSYS}) {
+        const FaultC fault("copy_file_range", error, 0, error != 0 ? 100 : 0);
+        const StreamT target = writable("target");
+        target->write("head ", 5);
+        source->seek(100, FS::FROM_BEGINNING);
+        EXPECT_EQ(target->writeFrom(*source, 2000), 0);
+        EXPECT_EQ(source->position(), 2100);
+        EXPECT_EQ(fileText("target"), "head " + text.substr(100, 2000));
+        EXPECT_EQ(target->writeFrom(*source, 0), 0);
+        EXPECT_EQ(fileText("target"), "head " + text.substr(100));
+        const StreamT appending = opened("target", FS::FMODE_APPEND, FS::FACCESS_WRITE, FS::SHARE_READWRITE);
+        source->seek(-10, FS::FROM_END);
+        EXPECT_EQ(appending->writeFrom(*source, 3000), 0);
+        EXPECT_EQ(fileText("target"), "head " + text.substr(100) + text.substr(text.size() - 10));
+    }
+    EXPECT_THAT(recordedErrors(), IsEmpty());
+}
+
 TEST(OutputStream, aStreamCopiedIntoItselfComesToAnEnd)
 {
     putFile("file", "0123456789");

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstdarg>
+#include <cstdio>
 #include <dirent.h>
 #include <fcntl.h>
 #include <mutex>
@@ -23,6 +24,17 @@ std::vector<FaultC*> faults;
 FaultC::FaultC(const char* call, int error, int skip, int count)
     : m_call(call), m_error(error), m_skip(skip), m_count(count)
 {
+    enter();
+}
+
+FaultC::FaultC(const char* call, std::function<void()> action, int skip, int count)
+    : m_call(call), m_error(-1), m_action(std::move(action)), m_skip(skip), m_count(count)
+{
+    enter();
+}
+
+void FaultC::enter()
+{
     const std::lock_guard<std::mutex> lock(faultsMutex);
     faults.push_back(this);
     ++anyFault;
@@ -38,13 +50,18 @@ FaultC::~FaultC()
 int FaultC::next(const char* call)
 {
     if (anyFault == 0) return -1;
-    const std::lock_guard<std::mutex> lock(faultsMutex);
+    std::unique_lock<std::mutex> lock(faultsMutex);
     int error = -1;
+    std::function<void()> action;
     for (FaultC* const fault : faults) {
         if (std::string_view(fault->m_call) != call) continue;
         const int number = fault->m_calls++;
-        if (number >= fault->m_skip && number - fault->m_skip < fault->m_count) error = fault->m_error;
+        if (number < fault->m_skip || number - fault->m_skip >= fault->m_count) continue;
+        error = fault->m_error;
+        action = fault->m_action;
     }
+    lock.unlock();
+    if (action) action();
     return error;
 }
 
@@ -76,6 +93,11 @@ WRAPPED(int, ftruncate, (int fd, off_t length), (fd, length))
 WRAPPED(int, stat, (const char* path, struct stat* info), (path, info))
 WRAPPED(int, gettimeofday, (timeval * now, void* zone), (now, zone))
 WRAPPED(int, fstat, (int fd, struct stat* info), (fd, info))
+WRAPPED(int, fdatasync, (int fd), (fd))
+WRAPPED(int, fsync, (int fd), (fd))
+WRAPPED(int, unlink, (const char* path), (path))
+WRAPPED(int, fchmod, (int fd, mode_t mode), (fd, mode))
+WRAPPED(int, rename, (const char* from, const char* to), (from, to))
 WRAPPED_TRANSFER(read, (int fd, void* data, size_t size), size, (fd, data, size))
 WRAPPED_TRANSFER(write, (int fd, const void* data, size_t size), size, (fd, data, size))
 WRAPPED_TRANSFER(copy_file_range, (int in, off_t* inAt, int out, off_t* outAt, size_t size, unsigned flags), size,
