@@ -16,6 +16,7 @@ public:
     ErrnoKeeperC(const ErrnoKeeperC&) = delete;
     ErrnoKeeperC& operator=(const ErrnoKeeperC&) = delete;
 
+    int error() const noexcept { return m_error; }
     void restore() const noexcept { errno = m_error; }
 
 private:
