@@ -8,6 +8,7 @@
 #ifndef TVXCMN_TVXCMN_H
 #define TVXCMN_TVXCMN_H
 
+class ConfigurationI;
 class ErrBufI;
 class OpenSSLI;
 class StringImplFactoryI;
@@ -33,6 +34,10 @@ TVXCMN_EXPORT TraceControllerI* getTraceController(int version);
 // The calling thread's error buffer (errbuf.h), made when the thread first asks. Every version asked for gives
 // the same object. It ends with its thread, unlike everything else that comes from here.
 TVXCMN_EXPORT ErrBufI* getErrBuf(int version);
+
+// The configuration (configuration.h), through which the registry is reached. Versions 1 and 2 give the same object.
+// Requires: one of them ("(version >= 1) && (version <= 2)"). Otherwise: null.
+TVXCMN_EXPORT ConfigurationI* getConfiguration(int version);
 
 // The proxy of OpenSSL (opensslproxy.h). Version 1 is the only one. Every version asked for gives the same
 // object, and a greater one is traced if it is the first to be asked for.

@@ -3,6 +3,8 @@
 // a thread that is still running while the process exits. It prints nothing and exits with 0 when every
 // use gave the right answer.
 
+#include "configuration.h"
+#include "confregistry.h"
 #include "errorapi.h"
 #include "opensslproxy.h"
 #include "stringc.h"
@@ -72,11 +74,22 @@ void useCrypto()
     failUnless(((proxy->SSLeay)() == 0) == ((proxy->EVP_aes_256_cbc)() == nullptr));
 }
 
+// A root is all that there is while nobody has registered a file.
+void useRegistry()
+{
+    ConfRegistryI* const registry = getConfiguration(2)->registry();
+    unsigned long key = 0;
+    failUnless(registry->OpenKey(HKEY_LOCAL_MACHINE, "", KEY_READ, &key) == 0 && key == HKEY_LOCAL_MACHINE);
+    StringC value;
+    failUnless(registry->ReadString(key, "SOFTWARE", "x", &value) == TVXERR_REGISTRY_NOT_FOUND);
+}
+
 void useAll()
 {
     useStrings();
     useErrors();
     useTracer();
+    useRegistry();
     useCrypto();
 }
 
