@@ -44,8 +44,12 @@ ErrSevT severityOf(std::string_view mark)
 ReadingT readVariants(std::string_view list)
 {
     ReadingT reading;
-    const std::vector<std::string> fields = split(list.substr(0, list.find('\0')));
-    for (size_t i = 0; i + 5 <= fields.size(); i += 5) {
+    const size_t zero = list.find('\0');
+    std::vector<std::string> fields = split(list.substr(0, zero));
+    if (zero == std::string_view::npos && fields.back().empty()) fields.pop_back();
+    const size_t count = fields.size();
+    fields.resize(count + 4);
+    for (size_t i = 0; i < count; i += 5) {
         const std::string& mark = fields[i + 1];
         if (!fields[i].empty()) continue;
         reading.sev = mark.substr(0, 1) == "{" ? severityOf(mark) : ERR_SEV_ERROR;
@@ -86,7 +90,8 @@ int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     const std::string text(reinterpret_cast<const char*>(data), size);
     const ReadingT expected = readText(text);
     ErrSevT sev;
-    FUZZ_REQUIRE(selectStyle(text, sev) == expected.message);
+    std::string room;
+    FUZZ_REQUIRE(selectStyle(text, sev, room) == expected.message);
     FUZZ_REQUIRE(sev == expected.sev);
 
     // As a default text it ends at a zero byte, and what is no UTF-8 is replaced.

@@ -2,30 +2,19 @@
 
 #include "assertfatal.h"
 #include "cmnlib/errnokeeper.h"
-#include "error/api/selectstyle.h"
-#include "string/api/textrepair.h"
+#include "errcatalog.h"
+#include "error/api/messagetext.h"
 #include "tvxcmn.h"
 
-#include <cstring>
 #include <utility>
 
 namespace {
 
 bool isNoText(const char* text) { return text == nullptr || *text == '\0'; }
 
-StringC defaultMessage(ErrSevT& sev, const char* def_str)
-{
-    const std::string_view text = selectStyle(def_str != nullptr ? def_str : "", sev);
-    return {text.data(), text.size(), StringC::CC_UTF8};
-}
-
-// The system knows the texts of its own errors; all others have their default text.
 StringC messageOf(ErrSevT& sev, ErrorT err, const char* def_str)
 {
-    if (!ErrorIsErrno(err)) return defaultMessage(sev, def_str);
-    sev = ERR_SEV_ERROR;
-    char buffer[256];
-    return repairedText(strerror_r(static_cast<int>(ErrorMessageOf(err)), buffer, sizeof buffer));
+    return ErrGetCat()->getMessage(sev, err, def_str, nullptr);
 }
 
 // `text` with the arguments put in, while errno is what the caller came with.
@@ -92,7 +81,7 @@ StringC ErrorStringVA(ErrSevT& sev, ErrorT err, const char* def_str, std::va_lis
     const ErrnoKeeperC keeper;
     const StringC text = messageOf(sev, err, def_str);
     ErrSevT ignored;
-    const StringC types = isNoText(def_str) ? text : defaultMessage(ignored, def_str);
+    const StringC types = isNoText(def_str) ? text : defaultMessage(def_str, ignored);
     return formatted(text, StringC::formatArgs(types, params), keeper);
 }
 

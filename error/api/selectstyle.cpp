@@ -24,7 +24,7 @@ ErrSevT severityOf(std::string_view letters)
 }
 
 // Takes the mark off the front of `text`; one without its closing brace is all of the text.
-ErrSevT takeMark(std::string_view& text)
+ErrSevT extractSeverity(std::string_view& text)
 {
     const size_t close = text.find('}');
     const std::string_view letters = text.substr(1, close - 1);
@@ -33,72 +33,49 @@ ErrSevT takeMark(std::string_view& text)
     return severityOf(letters);
 }
 
-// Reads a list of variants field by field.
-class VariantReaderC {
-public:
-    explicit VariantReaderC(std::string_view list) : m_rest(list) {}
+// Lists of variants come from catalogs, and what is wrong with them is reported from there.
+const char CATALOG_FILE[] = "catalog.cpp";
 
-    // False when the list does not hold a whole variant any more.
-    bool next();
-
-    bool isForEverybody() const { return m_style.empty(); }
-    ErrSevT severity() const
-    {
-        std::string_view mark = m_severity;
-        return !mark.empty() && mark.front() == '{' ? takeMark(mark) : ERR_SEV_ERROR;
-    }
-    std::string_view message() const { return m_message; }
-
-private:
-    bool nextField(std::string_view& field);
-
-    std::string_view m_rest;
-    bool m_hasMore = true;   // a field begins at m_rest, if only an empty one
-    std::string_view m_style;
-    std::string_view m_severity;
-    std::string_view m_message;
-};
-
-bool VariantReaderC::nextField(std::string_view& field)
-{
-    if (!m_hasMore) return false;
-    const size_t end = m_rest.find_first_of(std::string_view("\x01\0", 2));
-    field = m_rest.substr(0, end);
-    m_hasMore = end != std::string_view::npos &&
-                TVX_CHECK(m_rest[end] == SEPARATOR, "(buf == ep && *buf == '\\0') || buf[-1] == '\\x01'");
-    if (m_hasMore) m_rest.remove_prefix(end + 1);
-    return true;
-}
-
-bool VariantReaderC::next()
-{
+struct VariantT {
+    std::string_view style;
+    std::string_view mark;
     std::string_view problem;
     std::string_view reason;
     std::string_view solution;
-    const bool isWhole =
-        nextField(m_style) && nextField(m_severity) && nextField(problem) && nextField(reason) && nextField(solution);
-    if (isWhole) m_message = {problem.data(), static_cast<size_t>(solution.data() - problem.data()) + solution.size()};
-    return isWhole;
+};
+
+// Takes the first field and its separator off the front of `list`.
+std::string_view takeField(std::string_view& list)
+{
+    const size_t end = list.find_first_of(std::string_view("\x01\0", 2));
+    const std::string_view field = list.substr(0, end);
+    const bool isCut = end != std::string_view::npos && list[end] != SEPARATOR;
+    if (isCut) assertFatal("(buf == ep && *buf == '\\0') || buf[-1] == '\\x01'", CATALOG_FILE, __LINE__);
+    const bool hasMore = end != std::string_view::npos && !isCut;
+    list.remove_prefix(hasMore ? end + 1 : list.size());
+    return field;
 }
 
-std::string_view selectVariant(std::string_view list, ErrSevT& sev)
+std::string_view selectVariant(std::string_view list, ErrSevT& sev, std::string& room)
 {
-    std::string_view selected;
-    for (VariantReaderC variant(list); variant.next();) {
-        if (!variant.isForEverybody()) continue;
-        sev = variant.severity();
-        selected = variant.message();
+    while (!list.empty()) {
+        const VariantT variant = {takeField(list), takeField(list), takeField(list), takeField(list), takeField(list)};
+        if (!variant.style.empty()) continue;
+        std::string_view mark = variant.mark;
+        sev = mark.starts_with('{') ? extractSeverity(mark) : ERR_SEV_ERROR;
+        room.assign(variant.problem).append(1, SEPARATOR).append(variant.reason);
+        room.append(1, SEPARATOR).append(variant.solution);
     }
-    return selected;
+    return room;
 }
 
 }   // namespace
 
-std::string_view selectStyle(std::string_view text, ErrSevT& sev)
+std::string_view selectStyle(std::string_view text, ErrSevT& sev, std::string& room)
 {
     sev = ERR_SEV_ERROR;
     if (text.empty()) return text;
-    if (text.front() == SEPARATOR) return selectVariant(text.substr(1), sev);
-    if (text.front() == '{') sev = takeMark(text);
+    if (text.front() == SEPARATOR) return selectVariant(text.substr(1), sev, room);
+    if (text.front() == '{') sev = extractSeverity(text);
     return text;
 }

@@ -10,7 +10,9 @@
 
 class ConfigurationI;
 class ErrBufI;
+class LocaleI;
 class OpenSSLI;
+class StringC;
 class StringImplFactoryI;
 class TraceControllerI;
 class TracerI;
@@ -34,6 +36,11 @@ TVXCMN_EXPORT TraceControllerI* getTraceController(int version);
 // The calling thread's error buffer (errbuf.h), made when the thread first asks. Every version asked for gives
 // the same object. It ends with its thread, unlike everything else that comes from here.
 TVXCMN_EXPORT ErrBufI* getErrBuf(int version);
+
+// The locale that the process has now (localei.h), as setlocale says; `lcid` is set to its name, whatever it held.
+// The same name gives the same object every time. Requires: the name is ASCII (stringc.h). A program chooses its
+// locale before it starts threads: the C library does not lock the name.
+TVXCMN_EXPORT LocaleI* getLocale(StringC& lcid);
 
 // The configuration (configuration.h), through which the registry is reached. Versions 1 and 2 give the same object.
 // Requires: one of them ("(version >= 1) && (version <= 2)"). Otherwise: null.

@@ -3,7 +3,7 @@
 #include "support/helpers.h"
 #include "tvxcmn.h"
 
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 
 namespace {
 
@@ -36,9 +36,11 @@ TEST(ErrorContinues, placesBeyondTheEndAreLeftAlone)
 TEST(ErrorContinues, listOfVariantsEndsAtAZeroByte)
 {
     ErrSevT sev;
-    EXPECT_EQ(selectStyle("\1\1{w}\1P\1R\1S\0\1\1{f}\1Q\1\1"sv, sev), "P\1R\1S");
+    std::string room;
+    EXPECT_EQ(selectStyle("\1\1{w}\1P\1R\1S\0\1\1{f}\1Q\1\1"sv, sev, room), "P\1R\1S");
     EXPECT_EQ(sev, ERR_SEV_WARN);
     EXPECT_EQ(assertCount("(buf == ep && *buf == '\\0') || buf[-1] == '\\x01'"), 1U);
+    EXPECT_THAT(assertLog(), testing::HasSubstr(" failed file catalog.cpp line "));
 }
 
 }   // namespace

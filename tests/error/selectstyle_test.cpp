@@ -34,8 +34,9 @@ const StyleRowT STYLE_ROWS[] = {
     {"variant without a mark", "\1\1w\1P\1R\1S", ERR_SEV_ERROR, "P\1R\1S"},
     {"the last one for everybody", "\1\1{i}\1A\1\1\1\1{w}\1B\1\1\1web\1{f}\1C\1\1", ERR_SEV_WARN, "B\1\1"},
     {"none for everybody", "\1web\1{f}\1C\1\1", ERR_SEV_ERROR, ""},
-    {"incomplete variant", "\1\1{f}\1P\1R", ERR_SEV_ERROR, ""},
-    {"incomplete second variant", "\1\1{i}\1P\1R\1S\1\1{f}\1Q", ERR_SEV_INFO, "P\1R\1S"},
+    {"incomplete variant", "\1\1{f}\1P\1R", ERR_SEV_FATAL, "P\1R\1"},
+    {"incomplete second variant", "\1\1{i}\1P\1R\1S\1\1{f}\1Q", ERR_SEV_FATAL, "Q\1\1"},
+    {"separator behind the last field", "\1\1{i}\1P\1R\1S\1", ERR_SEV_INFO, "P\1R\1S"},
     {"only a separator", "\1", ERR_SEV_ERROR, ""},
 };
 
@@ -44,9 +45,18 @@ TEST(SelectStyle, readsMarksAndVariants)
     for (const StyleRowT& row : STYLE_ROWS) {
         SCOPED_TRACE(row.name);
         ErrSevT sev = ERR_SEV_MONITOR;
-        EXPECT_EQ(selectStyle(row.text, sev), row.message);
+        std::string room;
+        EXPECT_EQ(selectStyle(row.text, sev, room), row.message);
         EXPECT_EQ(sev, row.sev);
     }
+}
+
+TEST(SelectStyleDeathTest, listOfVariantsMustNotHoldAZeroByte)
+{
+    ErrSevT sev;
+    std::string room;
+    EXPECT_EXIT(selectStyle({"\1\1{w}\1P\1R\1S\0", 12}, sev, room), testing::ExitedWithCode(1),
+                "buf\\[-1] == .* failed file catalog.cpp line ");
 }
 
 }   // namespace
