@@ -1,6 +1,7 @@
 #include "tracing/tracefil.h"
 
 #include "cmnlib/errnokeeper.h"
+#include "datetime.h"
 #include "errornumbers.h"
 #include "gettime.h"
 #include "string/impl/format.h"
@@ -254,22 +255,14 @@ void TraceConsumerFileC::putTimestamp(TraceTimeT time)
     }
 }
 
-// "20210605T1234567890": the local time and, without a mark in front, four digits of its fraction.
+// "20210605T1234567890": the local time, with four digits of its fraction.
 void TraceConsumerFileC::putTimeOfDay()
 {
+    const int FOUR_DIGITS = 4;
     timeval now = {0, 0};
     GetTimeOfDay(&now);
-    if (now.tv_sec != m_stampSecond) {
-        std::tm local = {};
-        localtime_r(&now.tv_sec, &local);
-        std::snprintf(m_stamp, sizeof m_stamp, "%04d%02d%02dT%02d%02d%02d", local.tm_year + 1900, local.tm_mon + 1,
-                      local.tm_mday, local.tm_hour, local.tm_min, local.tm_sec);
-        m_stampSecond = now.tv_sec;
-    }
-    char fraction[16];
-    std::snprintf(fraction, sizeof fraction, "%04lu", asCount((now.tv_usec + 50) / 100));
-    putText(m_stamp);
-    putText(fraction);
+    const StringC text = YMDTimeC(IntervalC::fromTimeVal(now)).asLocal().toString(FOUR_DIGITS);
+    m_lines.append(reinterpret_cast<const UTF8T*>(text.utf8()), text.utf8Bytes());
 }
 
 // "12.3456"

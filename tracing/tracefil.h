@@ -83,13 +83,11 @@ private:
     BooleanT show_process = false;
     BooleanT show_threads = false;
     ArrayM<char*> wildcards;   // owned
-    // From here on what a stream would do for us, and what makes stamps cheap.
+    // From here on what a stream would do for us.
     TraceControllerC& m_controller;
     TraceLinesC m_lines;
     bool m_isStarted = false;   // `started` may be any time, 0 included
     bool m_isExiting = false;
-    std::time_t m_stampSecond = -1;   // the second that m_stamp tells
-    char m_stamp[32] = "";
 };
 
 #endif   // TVXCMN_TRACING_TRACEFIL_H

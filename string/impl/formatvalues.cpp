@@ -36,14 +36,16 @@ unsigned long toUnsignedLong(double value)
 
 int saturated(unsigned value) { return value <= INT_MAX ? static_cast<int>(value) : INT_MAX; }
 
-// A date-time counts units of 10 nanoseconds from the start of the calendar.
+// A date-time counts units of 10 nanoseconds from the start of the calendar, and below 0 before it.
 timeval toTimeVal(unsigned long dateTime)
 {
-    const unsigned long SECOND = 100000000;
+    const long SECOND = 100000000;
     const long START_OF_1970 = 62135683200;   // in seconds of that count
+    const long count = static_cast<long>(dateTime);
+    const long seconds = count / SECOND - (count % SECOND < 0 ? 1 : 0);   // rounded down
     timeval time;
-    time.tv_sec = static_cast<long>(dateTime / SECOND) - START_OF_1970;
-    time.tv_usec = static_cast<long>(dateTime % SECOND / 100);
+    time.tv_sec = seconds - START_OF_1970;
+    time.tv_usec = (count - seconds * SECOND) / 100;
     return time;
 }
 

@@ -189,7 +189,7 @@ TEST(Format, datesAndTimesAreLocal)
     for (int i = 0; i < 2000; ++i) {
         // Every year that a date-time can tell, and usual ones.
         const long span = i % 2 == 0 ? 184000000000 : 4102444800;
-        const long start = i % 2 == 0 ? -62135510400 : 0;
+        const long start = i % 2 == 0 ? -154369000000 : 0;
         const timeval time = {start + (static_cast<long>(random.below(INT_MAX)) << 31 | random.below(INT_MAX)) % span,
                               static_cast<long>(random.below(1000000))};
         std::tm local;

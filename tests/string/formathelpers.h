@@ -4,10 +4,9 @@
 
 #include "arglist.h"
 #include "string/stringmodel.h"
+#include "support/timezone.h"
 
 #include <cstdarg>
-#include <cstdlib>
-#include <ctime>
 #include <string>
 
 // The result through both doors, which must agree; what the callback saw stands behind a '|' if not.
@@ -29,25 +28,5 @@ inline ArgListC argsOf(const char* fmt, ...)
     va_end(ap);
     return args;
 }
-
-// Another time zone for the length of a scope: half an hour off the full hour, with summer time.
-class TimeZoneC {
-public:
-    TimeZoneC() { set("XST-5:30XDT,M3.5.0,M10.5.0/3"); }
-    ~TimeZoneC() { set(nullptr); }
-    TimeZoneC(const TimeZoneC&) = delete;
-    TimeZoneC& operator=(const TimeZoneC&) = delete;
-
-private:
-    static void set(const char* zone)
-    {
-        if (zone != nullptr) {
-            setenv("TZ", zone, 1);
-        } else {
-            unsetenv("TZ");
-        }
-        tzset();
-    }
-};
 
 #endif   // TVXCMN_TESTS_FORMATHELPERS_H
