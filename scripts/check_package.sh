@@ -15,11 +15,11 @@ quietly() {
 }
 
 quietly cmake --preset release
-targets=(tvxcmn tvxcmn_api)
-expected=2   # Debian packages
+targets=(tvxcmn tvxcmn_api tvxcmn_catalog tvxcat tvxtrace tvxssl-info tvxreg)
+expected=3   # Debian packages
 if cmake --build --preset release --target help | grep '^tvxssl:' >"$work/log"; then
   targets+=(tvxssl)
-  expected=3
+  expected=4
 fi
 quietly cmake --build --preset release --target "${targets[@]}"
 
@@ -35,6 +35,7 @@ tryTree() {
   read -ra flags <<<"$(PKG_CONFIG_PATH=$libdir/pkgconfig pkg-config --cflags --libs tvxcmn)"
   g++ -std=c++17 -Wall -Wextra -Werror "$work/consumer/program.cpp" -o "$build/plain" "${flags[@]}" -ldl
   g++ -std=c++17 -Wall -Wextra -Werror -fPIC -shared "$work/consumer/module.cpp" -o "$build/plain.so" "${flags[@]}"
+  echo "$name, tools:      $("$prefix/bin/tvxcat" explain s203m16 | sed -n 2p)"
   echo "$name, pkg-config: $(LD_LIBRARY_PATH=$libdir "$build/plain" "$build/plain.so")"
 }
 

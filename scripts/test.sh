@@ -13,7 +13,8 @@ case "$preset" in
   *) echo "test.sh: no preset '$preset'" >&2; exit 2 ;;
 esac
 
-# The sanitizers of these compilers want memory where newer kernels put random things.
+# The sanitizers of these compilers want memory where newer kernels put random things; the build runs a tool that it
+# has made.
 steady=()
 case "$preset" in
   asan | tsan) if setarch -R true 2>/dev/null; then steady=(setarch -R); fi ;;
@@ -21,6 +22,6 @@ esac
 
 scripts/setup.sh "${groups[@]}"
 cmake --preset "$preset"
-cmake --build --preset "$preset"
+"${steady[@]}" cmake --build --preset "$preset"
 # shellcheck disable=SC2086  # several arguments in one variable
 "${steady[@]}" ctest --preset "$preset" -j "$(nproc)" ${CTEST_ARGUMENTS:-}

@@ -1,6 +1,6 @@
 # Install rules, the exported CMake package, the pkg-config file and the Debian packages. The components:
-# runtime (the shared object), development (headers, archive, package files), and crypto (the module over
-# OpenSSL, when it is built).
+# runtime (the shared object and its messages), development (headers, archive, package files), crypto (the module over
+# OpenSSL, when it is built), and tools (the command-line tools, which have their rules where they are made).
 
 include(CMakePackageConfigHelpers)
 
@@ -33,6 +33,10 @@ if(TARGET tvxssl)   # in a package of its own, because the library itself does w
   list(APPEND CPACK_COMPONENTS_ALL crypto)
 endif()
 
+if(TVXCMN_TOOLS)
+  list(APPEND CPACK_COMPONENTS_ALL tools)
+endif()
+
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_CONTACT "tvxcmn maintainers <maintainers@tvxcmn.example>")
 set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
@@ -49,6 +53,12 @@ set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
 set(CPACK_DEBIAN_CRYPTO_PACKAGE_NAME libtvxssl)
 set(CPACK_DEBIAN_CRYPTO_PACKAGE_SECTION libs)
 set(CPACK_DEBIAN_CRYPTO_PACKAGE_SHLIBDEPS ON)
+set(CPACK_DEBIAN_TOOLS_PACKAGE_NAME tvxcmn-tools)
+set(CPACK_DEBIAN_TOOLS_PACKAGE_SECTION utils)
+set(CPACK_DEBIAN_TOOLS_PACKAGE_SHLIBDEPS ON)
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${CMAKE_CURRENT_BINARY_DIR})   # where the tools' library is
+set(CPACK_COMPONENT_TOOLS_DESCRIPTION "${PROJECT_DESCRIPTION}: command-line tools")
+set(CPACK_COMPONENT_TOOLS_DEPENDS runtime)
 set(CPACK_COMPONENT_CRYPTO_DESCRIPTION "${PROJECT_DESCRIPTION}: cryptographic module")
 set(CPACK_COMPONENT_RUNTIME_DESCRIPTION "${PROJECT_DESCRIPTION}: shared library")
 set(CPACK_COMPONENT_DEVELOPMENT_DESCRIPTION "${PROJECT_DESCRIPTION}: headers and archive")

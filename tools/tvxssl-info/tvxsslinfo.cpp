@@ -2,6 +2,7 @@
 //
 // Exit status: 0 there is a usable one; 1 there is none; 2 wrong use.
 
+#include "../support/commandline.h"
 #include "../support/jsontext.h"
 
 #include "errbuf.h"
@@ -19,7 +20,7 @@
 namespace {
 
 const char USAGE[] = "usage: tvxssl-info [--json] [FOLDER]\n"
-                     "       tvxssl-info --help\n";
+                     "       tvxssl-info --help | --version\n";
 const char HELP[] =
     "\n"
     "Loads the cryptographic module, libtvxssl.so, as the agent's programs do, and prints its file and its\n"
@@ -28,7 +29,9 @@ const char HELP[] =
     "\n"
     "Exit status: 0 usable, 1 a stand-in that does nothing is in use, 2 wrong use.\n";
 
-enum StatusT { STATUS_USABLE = 0, STATUS_STAND_IN = 1, STATUS_USAGE = 2 };
+const ToolT TOOL = {"tvxssl-info", USAGE, HELP};
+
+enum StatusT { STATUS_USABLE = 0, STATUS_STAND_IN = 1 };
 
 // Keeps the lines in which the search is traced.
 class SearchLinesC final : public TraceConsumerI {
@@ -118,34 +121,16 @@ void printText(const ModuleT& module)
     for (const std::string& error : module.errors) std::printf("  %s\n", error.c_str());
 }
 
-StatusT wrongUse()
-{
-    std::fputs(USAGE, stderr);
-    return STATUS_USAGE;
-}
-
 }   // namespace
 
 int main(int argc, char** argv)
 {
-    bool isJson = false;
-    const char* folder = nullptr;
-    for (int i = 1; i < argc; ++i) {
-        const std::string word = argv[i];
-        if (word == "--help") {
-            std::printf("%s%s", USAGE, HELP);
-            return STATUS_USABLE;
-        }
-        if (word == "--json") {
-            isJson = true;
-        } else if (word.rfind("--", 0) == 0 || folder != nullptr) {
-            return wrongUse();
-        } else {
-            folder = argv[i];
-        }
-    }
-    const ModuleT module = search(folder);
-    if (isJson) {
+    CommandLineT line;
+    int status;
+    if (!takeCommandLine(TOOL, argc, argv, {}, {}, line, status)) return status;
+    if (line.words.size() > 1) return wrongUse(TOOL);
+    const ModuleT module = search(line.words.empty() ? nullptr : line.words[0].c_str());
+    if (line.isJson) {
         printJson(module);
     } else {
         printText(module);

@@ -40,6 +40,8 @@ std::string nearestAttribute(const std::string& name)
 
 class LintC {
 public:
+    explicit LintC(const std::string& path) : m_path(path) {}
+
     std::vector<FindingT> run(std::FILE* file)
     {
         TraceProfileReaderC reader(file);
@@ -57,7 +59,7 @@ public:
 private:
     void find(const char* at, const std::string& message)
     {
-        m_findings.push_back({m_line, static_cast<size_t>(at - m_begin) + 1, message});
+        m_findings.push_back({m_path, static_cast<size_t>(m_line), static_cast<size_t>(at - m_begin) + 1, message});
     }
 
     void check(const TraceProfileItemT& item)
@@ -113,6 +115,7 @@ private:
         find(name, std::string(what) + " \"" + name + "\" was named in line " + std::to_string(known->second));
     }
 
+    const std::string m_path;
     std::vector<FindingT> m_findings;
     std::map<std::string, int> m_named;   // classes and wildcards with their first lines
     int m_line = 0;
@@ -121,4 +124,4 @@ private:
 
 }   // namespace
 
-std::vector<FindingT> lintProfile(std::FILE* file) { return LintC().run(file); }
+std::vector<FindingT> lintProfile(const std::string& path, std::FILE* file) { return LintC(path).run(file); }

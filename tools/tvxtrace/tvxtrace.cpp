@@ -2,6 +2,7 @@
 //
 // Exit status: 0 nothing found; 1 findings; 2 wrong use; 3 a profile cannot be read.
 
+#include "../support/commandline.h"
 #include "../support/jsontext.h"
 #include "explain.h"
 #include "profilelint.h"
@@ -18,7 +19,7 @@ namespace {
 
 const char USAGE[] = "usage: tvxtrace lint [--json] PROFILE...\n"
                      "       tvxtrace explain [--json] PROFILE CLASS\n"
-                     "       tvxtrace --help\n";
+                     "       tvxtrace --help | --version\n";
 const char HELP[] =
     "\n"
     "lint prints what is wrong in trace profiles, as FILE:LINE:COLUMN: what; columns count bytes. It finds\n"
@@ -31,7 +32,9 @@ const char HELP[] =
     "\n"
     "Exit status: 0 nothing found, 1 findings, 2 wrong use, 3 a profile cannot be read.\n";
 
-enum StatusT { STATUS_CLEAN = 0, STATUS_FINDINGS = 1, STATUS_USAGE = 2, STATUS_UNREADABLE = 3 };
+const ToolT TOOL = {"tvxtrace", USAGE, HELP};
+
+enum StatusT { STATUS_CLEAN = 0, STATUS_FINDINGS = 1, STATUS_UNREADABLE = 3 };
 
 typedef std::unique_ptr<std::FILE, int (*)(std::FILE*)> FileT;
 
@@ -43,46 +46,23 @@ StatusT unreadable(const std::string& path)
 
 // ---- lint -------------------------------------------------------------------------------------------
 
-class LintOutputC {
-public:
-    explicit LintOutputC(bool isJson) : m_isJson(isJson) {}
-
-    void add(const std::string& path, const FindingT& finding)
-    {
-        if (m_isJson) {
-            std::printf("%s{\"file\": %s, \"line\": %d, \"column\": %zu, \"message\": %s}",
-                        m_count == 0 ? "[\n " : ",\n ", jsonOf(path).c_str(), finding.line, finding.column,
-                        jsonOf(finding.message).c_str());
-        } else {
-            std::printf("%s:%d:%zu: %s\n", path.c_str(), finding.line, finding.column, finding.message.c_str());
-        }
-        ++m_count;
-    }
-    StatusT finish() const
-    {
-        if (m_isJson) std::puts(m_count == 0 ? "[]" : "\n]");
-        return m_count == 0 ? STATUS_CLEAN : STATUS_FINDINGS;
-    }
-
-private:
-    const bool m_isJson;
-    size_t m_count = 0;
-};
-
 StatusT lint(const std::vector<std::string>& paths, bool isJson)
 {
-    LintOutputC output(isJson);
-    StatusT status = STATUS_CLEAN;
+    std::vector<FindingT> findings;
+    bool isReadable = true;
     for (const std::string& path : paths) {
         const FileT file(std::fopen(path.c_str(), "re"), std::fclose);
-        if (file == nullptr) {
-            status = unreadable(path);
-            continue;
+        if (file != nullptr) {
+            const std::vector<FindingT> more = lintProfile(path, file.get());
+            findings.insert(findings.end(), more.begin(), more.end());
         }
-        for (const FindingT& finding : lintProfile(file.get())) output.add(path, finding);
-        if (std::ferror(file.get()) != 0) status = unreadable(path);
+        if (file != nullptr && std::ferror(file.get()) == 0) continue;
+        unreadable(path);
+        isReadable = false;
     }
-    return std::max(status, output.finish());
+    printFindings(stdout, findings, isJson);
+    if (!isReadable) return STATUS_UNREADABLE;
+    return findings.empty() ? STATUS_CLEAN : STATUS_FINDINGS;
 }
 
 // ---- explain ----------------------------------------------------------------------------------------
@@ -128,33 +108,15 @@ StatusT explain(const std::string& path, const std::string& traceClass, bool isJ
     return STATUS_CLEAN;
 }
 
-StatusT wrongUse()
-{
-    std::fputs(USAGE, stderr);
-    return STATUS_USAGE;
-}
-
 }   // namespace
 
 int main(int argc, char** argv)
 {
-    bool isJson = false;
-    std::vector<std::string> words;
-    for (int i = 1; i < argc; ++i) {
-        const std::string word = argv[i];
-        if (word == "--help") {
-            std::printf("%s%s", USAGE, HELP);
-            return STATUS_CLEAN;
-        }
-        if (word == "--json") {
-            isJson = true;
-        } else if (word.rfind("--", 0) == 0) {
-            return wrongUse();
-        } else {
-            words.push_back(word);
-        }
-    }
-    if (words.size() > 1 && words[0] == "lint") return lint({words.begin() + 1, words.end()}, isJson);
-    if (words.size() == 3 && words[0] == "explain") return explain(words[1], words[2], isJson);
-    return wrongUse();
+    CommandLineT line;
+    int status;
+    if (!takeCommandLine(TOOL, argc, argv, {}, {}, line, status)) return status;
+    const std::vector<std::string>& words = line.words;
+    if (words.size() > 1 && words[0] == "lint") return lint({words.begin() + 1, words.end()}, line.isJson);
+    if (words.size() == 3 && words[0] == "explain") return explain(words[1], words[2], line.isJson);
+    return wrongUse(TOOL);
 }
