@@ -1,104 +1,141 @@
-// agent: inspects files in several threads and says what is wrong with them.
+// agent: looks after files, with settings that it shares with the other agents of the machine.
 //
-//   agent [--profile FILE] [--threads COUNT] FILE...
+//   agent SETTINGS NAME
 //
-// Prints the lines and the checksum of each FILE, and what failed. In the end it encrypts its summary and
-// decrypts it again, if there is a cryptographic module. If FILE.sum exists, it holds the checksum
-// that FILE should have, as printed by "cksum <FILE".
+// SETTINGS is an INI file (settings.h), and NAME is the name of this agent in it. The agent inspects the files
+// that the settings name, records the checksums that are not known yet and tells what is wrong with the others.
+// Then it waits until the other agents are done, too. In the end it encrypts its summary and decrypts it again, if
+// there is a cryptographic module.
 //
-// --profile names a trace profile (tracer.h). The classes are
-//     agent               start and end
+// The settings name a trace profile (tracer.h). The classes are
+//     agent               start, waiting and end
+//     agent/settings      what this agent has done, and what it sees of others
+//     agent/settings/sum  checksums that are recorded
 //     agent/file          each file, and the time that it took
 //     agent/file/read     each piece that is read, and the sum of the bytes
-//     agent/file/record   files without a recorded checksum
 //     agent/report        what is handed on to the user
 //     agent/crypto        which OpenSSL there is
 //     Error               every failure: what occurred, was reported, was recovered from
 //
-// Exit status: 0; 1 a file cannot be read or has changed; 2 wrong use.
+// Exit status: 0; 1 something went wrong; 2 wrong use.
 
+#include "agent_msg.h"
 #include "inspection.h"
 #include "protection.h"
+#include "settings.h"
+
+#include "../support/wellformed.h"
 
 #include "arglist.h"
+#include "datetime.h"
+#include "errorapi.h"
 #include "tracer.h"
 #include "tracesite.h"
 #include "tvxcmn.h"
 
 #include <algorithm>
-#include <atomic>
+#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <string>
 #include <thread>
-#include <vector>
 
 namespace {
 
-const char USAGE[] = "usage: agent [--profile FILE] [--threads COUNT] FILE...\n";
+const char USAGE[] = "usage: agent SETTINGS NAME\n";
 const int STATUS_USAGE = 2;
 
-struct OptionsT {
-    const char* profile = nullptr;
-    long threads = 4;
-    std::vector<std::string> files;
-};
-
-bool parse(int argc, char** argv, OptionsT& options)
+void print(const StringC& text)
 {
-    for (int i = 1; i < argc; ++i) {
-        const std::string word = argv[i];
-        const char* const value = i + 1 < argc ? argv[i + 1] : "";
-        if (word == "--profile") {
-            options.profile = value;
-            ++i;
-        } else if (word == "--threads") {
-            options.threads = std::strtol(value, nullptr, 10);
-            ++i;
-        } else if (word.size() > 1 && word[0] == '-') {
-            return false;
-        } else {
-            options.files.push_back(word);
+    std::fwrite(text.utf8(), 1, text.utf8Bytes(), stdout);
+    std::fflush(stdout);
+}
+
+// Prints what has gone wrong in this thread since the last time, and returns the worst severity.
+ErrSevT report()
+{
+    static const char* const SEVERITIES[] = {"note", "note", "note", "warning", "error", "fatal"};
+    const ErrBufI& buffer = *getErrBuf(2);
+    for (unsigned long i = 0; i < buffer.count(); ++i) {
+        const ErrEntryI& entry = *buffer.get(i);
+        print(StringC::format("  %S %s s%um%u: %S\n", ArgList << YMDTimeC::now(true).toSQLTime()
+                                                              << SEVERITIES[entry.severity()]
+                                                              << ErrorSetOf(entry.error())
+                                                              << ErrorMessageOf(entry.error()) << entry.problem()));
+        for (const StringC& part : {entry.reason(), entry.solution()}) {
+            if (!part.isEmpty()) print(StringC::format("      %S\n", ArgList << part));
         }
     }
-    return !options.files.empty() && options.threads >= 1 && options.threads <= 64;
+    ErrSevT worst;
+    const StringC reported = getErrBuf(2)->coalesce(worst);
+    if (!reported.isEmpty()) TVX_TRACE("agent/report", "%S", reported);
+    return worst;
 }
 
-// Findings in the order of the files, whichever thread made them.
-std::vector<FindingT> inspectAll(const OptionsT& options)
+ErrSevT inspectFiles(SettingsC& settings)
 {
-    std::vector<FindingT> findings(options.files.size());
-    std::atomic<size_t> next{0};
-    const auto work = [&] {
-        for (size_t i; (i = next.fetch_add(1)) < findings.size();) findings[i] = inspect(options.files[i]);
-    };
-    std::vector<std::thread> threads(static_cast<size_t>(options.threads));
-    for (std::thread& thread : threads) thread = std::thread(work);
-    for (std::thread& thread : threads) thread.join();
-    return findings;
+    ErrSevT worst = ERR_SEV_NONE;
+    unsigned long inspected = 0;
+    for (FileRecordT& file : settings.files()) {
+        if (inspect(file)) settings.setSum(file);
+        settings.setInspected(++inspected);
+        worst = std::max(worst, report());
+    }
+    return worst;
 }
 
-void print(const StringC& text) { std::fwrite(text.utf8(), 1, text.utf8Bytes(), stdout); }
+void waitForOthers(const SettingsC& settings)
+{
+    TVX_TRACE("agent", "waiting for the others");
+    const unsigned long patience = settings.patience();
+    const auto start = std::chrono::steady_clock::now();
+    const auto isTimeLeft = [&] {
+        return std::chrono::steady_clock::now() - start < std::chrono::duration<double>(patience);
+    };
+    for (const StringC& other : settings.otherAgents()) {
+        AgentStateT state;
+        while (!(state = settings.stateOf(other)).isDone && isTimeLeft()) {
+            std::this_thread::sleep_for(std::chrono::milliseconds(20));
+        }
+        if (state.isDone) {
+            TVX_TRACE("agent/settings", "%S is done", other);
+            print(StringC::format("  %S is done with %u files\n", ArgList << other << state.inspected));
+        } else {
+            Error(AGENT_NOT_DONE, "The agent %1$S is not done after %2$u seconds", ArgList << other << patience);
+        }
+    }
+}
+
+ErrSevT run(const StringC& path, const StringC& name)
+{
+    SettingsC settings(path, name);
+    if (!settings.findAgent()) return report();
+    getTracer(2)->registerTask("agent", settings.profile().utf8(), nullptr);
+    TVX_TRACE("agent", "%S starts", name);
+
+    settings.setState("running");
+    const StringC summary = StringC("%S inspects %u files") % (ArgList << name << settings.files().size());
+    print(summary + "\n");
+    const ErrSevT worstOfFiles = inspectFiles(settings);
+    settings.setState("done");
+    settings.save();
+    waitForOthers(settings);
+    print(protect(summary));
+    const ErrSevT worst = std::max(worstOfFiles, report());
+    TVX_TRACE("agent", "%S ends, the worst severity is %d", name, static_cast<int>(worst));
+    return worst;
+}
+
+// Bytes that are not UTF-8 are no text for the library.
+bool isText(const std::string& word) { return wellFormedPrefix(word, StringC::CC_UTF8) == word.size(); }
 
 }   // namespace
 
 int main(int argc, char** argv)
 {
-    OptionsT options;
-    if (!parse(argc, argv, options)) {
+    if (argc != 3 || argv[1][0] == '-' || !isText(argv[1]) || !isText(argv[2])) {
         std::fputs(USAGE, stderr);
         return STATUS_USAGE;
     }
-    getTracer(2)->registerTask("agent", options.profile, nullptr);
-    TVX_TRACE("agent", "%u files, %d threads", options.files.size(), options.threads);
-
-    ErrSevT worst = ERR_SEV_NONE;
-    for (const FindingT& finding : inspectAll(options)) {
-        print(finding.text);
-        worst = std::max(worst, finding.worst);
-    }
-    const StringC summary = StringC("%u files inspected") % (ArgList << options.files.size());
-    print(protect(summary));
-    TVX_TRACE("agent", "done, the worst severity is %d", static_cast<int>(worst));
-    return worst >= ERR_SEV_ERROR ? EXIT_FAILURE : EXIT_SUCCESS;
+    return run(argv[1], argv[2]) >= ERR_SEV_ERROR ? EXIT_FAILURE : EXIT_SUCCESS;
 }
