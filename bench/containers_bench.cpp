@@ -268,11 +268,11 @@ std::vector<double> insertionTimes()
 template <class MapT>
 void insertionRows(const std::string& library)
 {
-    addTimedRow("longest_insertion_1e6", library, [] {
+    addTimedRow("longest_insertion_1e6", library, items(1), [] {
         const std::vector<double> times = insertionTimes<MapT>();
         return *std::max_element(times.begin(), times.end());
     });
-    addTimedRow("median_insertion_1e6", library, [] {
+    addTimedRow("median_insertion_1e6", library, items(1), [] {
         std::vector<double> times = insertionTimes<MapT>();
         const auto middle = times.begin() + static_cast<long>(times.size() / 2);
         std::nth_element(times.begin(), middle, times.end());

@@ -1,12 +1,15 @@
 // Group "files": walking, copying and removing trees and files, reading lines, and joining and cleaning names.
 //
-// All files are made in one directory for temporary files, which is removed at the end, and are in the page
-// cache when the clock runs. The limits are the calls of the system that the job cannot do without.
+// The walks are over the machine's own /usr/share; all other files are made in one directory for temporary
+// files, which is removed at the end. They are in the page cache when the clock runs. The limits are the
+// calls of the system that the job cannot do without. The time of a program is the processor time that the
+// system counts for its process, its start included.
 
 #include "fileservice.h"
 #include "streamreader.h"
 
 #include "support/bench.h"
+#include "support/process.h"
 #include "support/workload.h"
 
 #include <QDir>
@@ -22,7 +25,7 @@
 #include <fstream>
 #include <fts.h>
 #include <ftw.h>
-#include <glib.h>
+#include <gio/gio.h>
 #include <memory>
 #include <string>
 #include <sys/mman.h>
@@ -184,8 +187,8 @@ void plainWalk(int fd, bool wantsInfo, SeenT& seen)
 
 void walkRows(bool wantsInfo)
 {
-    static const std::string root = scratch().path("tree");
-    static const size_t size = makeTree(root, 14, 100);
+    static const std::string root = "/usr/share";
+    static const size_t size = ftsWalk(root, false).entries;
     const std::string w = wantsInfo ? "walk_with_information" : "walk_names";
     addRow(w, "ours", items(size), [=] { return ourWalk(root, wantsInfo).digest(); });
     addRow(w, "limit", items(size), [=] {
@@ -202,13 +205,17 @@ void walkRows(bool wantsInfo)
         if (!wantsInfo) seen.bytes = 0;
         return seen.digest();
     });
+    addTimedRow(w, "find", items(size), [=] {
+        return wantsInfo ? run({"find", root, "-fprintf", "/dev/null", "%s %p\n"})
+                         : run({"find", root, "-fprint", "/dev/null"});
+    });
 }
 
-// 4 MB of ASCII in lines of some 55 characters.
+// 20 MB of ASCII in lines of some 55 characters.
 std::string textOfLines()
 {
     std::string text;
-    for (int i = 0; i < 4; ++i) text += workload::ascii1mb().text;
+    for (int i = 0; i < 20; ++i) text += workload::ascii1mb().text;
     workload::RandomC random(31);
     for (char& ch : text) {
         if (ch == ' ' && random.below(8) == 0) ch = '\n';
@@ -236,7 +243,7 @@ void lineRow(const std::string& library, ReadT read)
         write(path, text);
         return text.size();
     }();
-    addRow("read_lines_4mb", library, bytes(size), [=] {
+    addRow("read_lines_20mb", library, bytes(size), [=] {
         LinesT seen;
         read(path, seen);
         return DigestT{seen.lines << 32 | seen.bytes};
@@ -283,21 +290,51 @@ void lineRows()
         QTextStream text(&file);
         for (QString line; text.readLineInto(&line);) seen.add(static_cast<size_t>(line.size()));
     });
+    lineRow("GLib", [](const std::string& path, LinesT& seen) {
+        GFile* const file = g_file_new_for_path(path.c_str());
+        GInputStream* const bytes = G_INPUT_STREAM(g_file_read(file, nullptr, nullptr));
+        GDataInputStream* const text = g_data_input_stream_new(bytes);
+        gsize size;
+        while (char* const line = g_data_input_stream_read_line_utf8(text, &size, nullptr, nullptr)) {
+            seen.add(size);
+            g_free(line);
+        }
+        g_object_unref(text);
+        g_object_unref(bytes);
+        g_object_unref(file);
+    });
 }
+
+// The file of 200 MB that is copied, and its copy.
+const std::string& copySource()
+{
+    static const std::string path = scratch().path("source");
+    return path;
+}
+const std::string& copyTarget()
+{
+    static const std::string path = scratch().path("copy");
+    return path;
+}
+size_t copySize()
+{
+    static const size_t size = [] {
+        std::string text;
+        for (int i = 0; i < 10; ++i) text += textOfLines();
+        write(copySource(), text);
+        return text.size();
+    }();
+    return size;
+}
+
+const char* const COPY = "copy_200mb";
 
 template <class CopyT>
 void copyRow(const std::string& library, CopyT copy)
 {
-    static const std::string from = scratch().path("source");
-    static const std::string to = scratch().path("copy");
-    static const size_t size = [] {
-        const std::string text = textOfLines() + textOfLines();
-        write(from, text);
-        return text.size();
-    }();
     addPreparedRow(
-        "copy_8mb", library, bytes(size), [] { return ::unlink(to.c_str()); },
-        [=](int) { return copy(from, to) && fs::file_size(to) == size ? DigestT{1} : DigestT{0}; });
+        COPY, library, bytes(copySize()), [] { return ::unlink(copyTarget().c_str()); },
+        [=](int) { return DigestT{copy(copySource(), copyTarget()) && fs::file_size(copyTarget()) == copySize()}; });
 }
 
 void copyRows()
@@ -323,18 +360,30 @@ void copyRows()
     copyRow("Qt", [](const std::string& from, const std::string& to) {
         return QFile::copy(QString::fromStdString(from), QString::fromStdString(to));
     });
+    addTimedRow(COPY, "cp", bytes(copySize()), [] {
+        ::unlink(copyTarget().c_str());
+        return run({"cp", copySource(), copyTarget()});
+    });
 }
+
+const char* const REMOVE = "remove_tree";
+
+// A tree to remove, made anew each time.
+const std::string& doomedTree()
+{
+    static const std::string root = scratch().path("doomed");
+    return root;
+}
+size_t makeDoomedTree() { return makeTree(doomedTree(), 10, 20); }
+const size_t DOOMED_SIZE = 2000 + 110;
 
 template <class RemoveT>
 void removeRow(const std::string& library, RemoveT remove)
 {
-    static const std::string root = scratch().path("doomed");
-    addPreparedRow(
-        "remove_tree", library, items(2000 + 110), [] { return makeTree(root, 10, 20); },
-        [=](size_t) {
-            remove(root);
-            return DigestT{::access(root.c_str(), F_OK) != 0};
-        });
+    addPreparedRow(REMOVE, library, items(DOOMED_SIZE), makeDoomedTree, [=](size_t) {
+        remove(doomedTree());
+        return DigestT{::access(doomedTree().c_str(), F_OK) != 0};
+    });
 }
 
 void removeRows()
@@ -351,6 +400,10 @@ void removeRows()
             FTW_PHYS | FTW_DEPTH);
     });
     removeRow("Qt", [](const std::string& root) { QDir(QString::fromStdString(root)).removeRecursively(); });
+    addTimedRow(REMOVE, "rm", items(DOOMED_SIZE), [] {
+        makeDoomedTree();
+        return run({"rm", "-r", doomedTree()});
+    });
 }
 
 // 1,000 absolute names of three to ten components, some of which are ".", ".." or empty.

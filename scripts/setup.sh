@@ -14,8 +14,8 @@ declare -A PACKAGES=(
   [fuzz]="clang libclang-rt-14-dev"
   [package]="dpkg-dev file binutils"
   [demo]="libc-bin base-files bzip2 diffutils unicode-data"
-  [bench]="libbenchmark-dev libabsl-dev libboost1.81-dev libfmt-dev libglib2.0-dev libicu-dev qt6-base-dev
-           libgoogle-glog-dev libspdlog-dev python3 util-linux"
+  [bench]="libbenchmark-dev crudini gettext git libc-dev-bin libabsl-dev libboost1.81-dev libfmt-dev libglib2.0-dev
+           libicu-dev qt6-base-dev libgoogle-glog-dev libinih-dev libspdlog-dev python3 util-linux"
 )
 
 isInstalled() { [ "$(dpkg-query -W -f='${db:Status-Status}' "$1" 2>/dev/null)" = installed ]; }

@@ -104,12 +104,12 @@ void addPreparedRow(const std::string& workload, const std::string& library, Wor
 
 // Adds a row whose `op` tells itself how many seconds count, once per repetition.
 template <class OpT>
-void addTimedRow(const std::string& workload, const std::string& library, OpT op)
+void addTimedRow(const std::string& workload, const std::string& library, WorkT work, OpT op)
 {
     benchmark::RegisterBenchmark((workload + "/" + library).c_str(),
                                  [=](benchmark::State& state) mutable {
                                      for ([[maybe_unused]] auto _ : state) state.SetIterationTime(op());
-                                     finishRow(state, workload, items(1), UNCHECKED);
+                                     finishRow(state, workload, work, UNCHECKED);
                                  })
         ->UseManualTime()
         ->Iterations(1);
