@@ -4,7 +4,7 @@
 //
 // Prints a line "SIZE PATH" for everything below each DIRECTORY (. unless given) whose last component matches
 // PATTERN, where * stands for any text and ? for a character. --follow goes through links.
-// Exit status: 0; 1 a directory could not be read; 2 wrong use.
+// Exit status: 0; 1 a directory could not be read, or what was found not be written; 2 wrong use.
 
 #include "fileservice.h"
 
@@ -16,7 +16,7 @@
 
 namespace {
 
-const int STATUS_UNREADABLE = 1;
+const int STATUS_INCOMPLETE = 1;
 const int STATUS_USAGE = 2;
 
 struct OptionsT {
@@ -89,7 +89,11 @@ int main(int argc, char** argv)
     }
     int status = 0;
     for (const char* const directory : options.directories) {
-        if (!walk(directory, options)) status = STATUS_UNREADABLE;
+        if (!walk(directory, options)) status = STATUS_INCOMPLETE;
+    }
+    if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0) {
+        std::perror("findfiles: standard output");
+        status = STATUS_INCOMPLETE;
     }
     return status;
 }

@@ -40,6 +40,7 @@ class FindfilesTest(unittest.TestCase):
     def test_tells_what_cannot_be_read(self):
         self.assertEqual(self.output_of(PROGRAM, "missing", status=1), [b""])
         self.assertEqual(self.output_of(PROGRAM, "--unknown", status=2), [b""])
+        self.assertEqual(self.output_of("sh", "-c", f"'{PROGRAM}' >/dev/full", status=1), [b""])
 
 
 if __name__ == "__main__":

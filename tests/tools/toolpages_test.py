@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Holds manual pages and completions against what the tools say about themselves.
+"""Holds manual pages and completions against what the tools say about themselves, and what all tools share.
 
     toolpages_test.py SOURCE_TREE PROGRAM...
 """
@@ -48,6 +48,13 @@ class ToolPagesTest(unittest.TestCase):
                 if not commands:
                     wanted = set(re.findall(r"(?<![\w-])--[a-z]+", usage))
                     self.assertEqual(completions(program, [program.name, "-"]), wanted)
+
+    def test_lost_output_is_told(self):
+        for program in PROGRAMS:
+            with self.subTest(program.name), open("/dev/full", "wb") as full:
+                result = subprocess.run([program, "--help"], stdout=full, stderr=subprocess.PIPE, text=True, check=False)
+                self.assertEqual(result.returncode, 4)
+                self.assertEqual(result.stderr, f"{program.name}: standard output: No space left on device\n")
 
 
 if __name__ == "__main__":

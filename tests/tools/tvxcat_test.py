@@ -180,10 +180,6 @@ class CatalogsTest(Tvxcat):
             self.assertIn("usage: ", self.run_program(*arguments, status=2)[1])
         self.assertIn("Exit status", self.run_program("--help")[0])
         self.assertRegex(self.run_program("--version")[0], r"^tvxcat \d+\.\d+\.\d+\n$")
-        with open("/dev/full", "wb") as full:
-            self.file("a.cat", catalog_of([]))
-            result = subprocess.run([PROGRAM, "dump", self.directory / "a.cat"], stdout=full, stderr=subprocess.DEVNULL)
-            self.assertEqual(result.returncode, 4)
 
 
 class OwnMessagesTest(Tvxcat):

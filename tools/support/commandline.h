@@ -1,9 +1,11 @@
-// commandline.h: the command lines of the tools, which all know --help, --version and --json.
+// commandline.h: the command lines of the tools, which all know --help, --version and --json, and their ends.
 #ifndef TOOLS_COMMANDLINE_H
 #define TOOLS_COMMANDLINE_H
 
 #include <algorithm>
+#include <cerrno>
 #include <cstdio>
+#include <cstring>
 #include <initializer_list>
 #include <iterator>
 #include <map>
@@ -30,7 +32,9 @@ struct CommandLineT {
     }
 };
 
-const int STATUS_USAGE = 2;   // of every tool
+// Exit statuses of every tool.
+const int STATUS_USAGE = 2;
+const int STATUS_UNWRITABLE = 4;   // also when what the tool prints cannot be written
 
 inline int wrongUse(const ToolT& tool)
 {
@@ -87,6 +91,18 @@ inline bool takeCommandLine(const ToolT& tool, int argc, char** argv, OptionName
         status = wrongUse(tool);
     }
     return false;
+}
+
+// A tool from its command line to its exit status, which is that of `run(line)` if all could be printed.
+template <class RunT>
+int runTool(const ToolT& tool, int argc, char** argv, OptionNamesT valued, OptionNamesT plain, RunT run)
+{
+    CommandLineT line;
+    int status;
+    if (takeCommandLine(tool, argc, argv, valued, plain, line, status)) status = run(line);
+    if (std::fflush(stdout) == 0 && std::ferror(stdout) == 0) return status;
+    std::fprintf(stderr, "%s: standard output: %s\n", tool.name, std::strerror(errno));
+    return STATUS_UNWRITABLE;
 }
 
 #endif   // TOOLS_COMMANDLINE_H

@@ -48,7 +48,7 @@ const char HELP[] =
 
 const ToolT TOOL = {"tvxcat", USAGE, HELP};
 
-enum StatusT { STATUS_DONE = 0, STATUS_FINDINGS = 1, STATUS_UNREADABLE = 3, STATUS_UNWRITABLE = 4 };
+enum StatusT { STATUS_DONE = 0, STATUS_FINDINGS = 1, STATUS_UNREADABLE = 3 };
 
 // ---- files ------------------------------------------------------------------------------------------
 
@@ -86,13 +86,6 @@ bool readCatalogFile(const std::string& path, std::vector<CatalogMessageT>& mess
     const std::string fault = readCatalog(content, messages);
     if (!fault.empty()) failed(STATUS_UNREADABLE, path, fault);
     return fault.empty();
-}
-
-bool isOutputWritten()
-{
-    if (std::fflush(stdout) == 0 && std::ferror(stdout) == 0) return true;
-    failed(STATUS_UNWRITABLE, "standard output", std::strerror(errno));
-    return false;
 }
 
 // Whether all of the sources are there and make a catalog; otherwise that has been told.
@@ -327,10 +320,4 @@ int run(const CommandLineT& line)
 
 }   // namespace
 
-int main(int argc, char** argv)
-{
-    CommandLineT line;
-    int status;
-    if (takeCommandLine(TOOL, argc, argv, {"-o", "--against", "--catalog"}, {}, line, status)) status = run(line);
-    return isOutputWritten() ? status : STATUS_UNWRITABLE;
-}
+int main(int argc, char** argv) { return runTool(TOOL, argc, argv, {"-o", "--against", "--catalog"}, {}, run); }

@@ -2,7 +2,7 @@
 #ifndef TVXREG_STATUS_H
 #define TVXREG_STATUS_H
 
-#include "../support/commandline.h"   // STATUS_USAGE
+#include "../support/commandline.h"   // the statuses of every tool
 
 #include <cstdio>
 #include <string>
@@ -10,7 +10,6 @@
 const int STATUS_DONE = 0;
 const int STATUS_FINDINGS = 1;     // or not found
 const int STATUS_UNREADABLE = 3;   // or not to be understood
-const int STATUS_UNWRITABLE = 4;
 const int STATUS_LOCKED = 5;
 
 // Tells what is the matter with `what`; the status.

@@ -268,11 +268,4 @@ int run(const CommandLineT& line)
 
 }   // namespace
 
-int main(int argc, char** argv)
-{
-    CommandLineT line;
-    int status;
-    if (takeCommandLine(TOOL, argc, argv, VALUED, PLAIN, line, status)) status = run(line);
-    if (std::fflush(stdout) == 0 && std::ferror(stdout) == 0) return status;
-    return failed(STATUS_UNWRITABLE, "standard output", std::strerror(errno));
-}
+int main(int argc, char** argv) { return runTool(TOOL, argc, argv, VALUED, PLAIN, run); }

@@ -1,6 +1,6 @@
 // tvxssl-info: which cryptographic module a program of the agent gets here, or why it gets none.
 //
-// Exit status: 0 there is a usable one; 1 there is none; 2 wrong use.
+// Exit status: 0 there is a usable one; 1 there is none; 2 wrong use; 4 the answer cannot be written.
 
 #include "../support/commandline.h"
 #include "../support/jsontext.h"
@@ -27,7 +27,8 @@ const char HELP[] =
     "version of OpenSSL, or why there is none that can be used. It is looked for in FOLDER, if that is given,\n"
     "and then beside libtvxcmn.so and where the loader looks for every library.\n"
     "\n"
-    "Exit status: 0 usable, 1 a stand-in that does nothing is in use, 2 wrong use.\n";
+    "Exit status: 0 usable, 1 a stand-in that does nothing is in use, 2 wrong use,\n"
+    "4 the answer cannot be written.\n";
 
 const ToolT TOOL = {"tvxssl-info", USAGE, HELP};
 
@@ -121,13 +122,8 @@ void printText(const ModuleT& module)
     for (const std::string& error : module.errors) std::printf("  %s\n", error.c_str());
 }
 
-}   // namespace
-
-int main(int argc, char** argv)
+int run(const CommandLineT& line)
 {
-    CommandLineT line;
-    int status;
-    if (!takeCommandLine(TOOL, argc, argv, {}, {}, line, status)) return status;
     if (line.words.size() > 1) return wrongUse(TOOL);
     const ModuleT module = search(line.words.empty() ? nullptr : line.words[0].c_str());
     if (line.isJson) {
@@ -137,3 +133,7 @@ int main(int argc, char** argv)
     }
     return module.version != 0 ? STATUS_USABLE : STATUS_STAND_IN;
 }
+
+}   // namespace
+
+int main(int argc, char** argv) { return runTool(TOOL, argc, argv, {}, {}, run); }

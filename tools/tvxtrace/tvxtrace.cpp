@@ -1,6 +1,7 @@
 // tvxtrace: checks trace profiles, and tells what one does to a class.
 //
-// Exit status: 0 nothing found; 1 findings; 2 wrong use; 3 a profile cannot be read.
+// Exit status: 0 nothing found; 1 findings; 2 wrong use; 3 a profile cannot be read; 4 the answer
+// cannot be written.
 
 #include "../support/commandline.h"
 #include "../support/jsontext.h"
@@ -30,7 +31,8 @@ const char HELP[] =
     "detail increments, whether the profile turns them on or off, and how much detail is left below them.\n"
     "A class that is not set follows its parent while there is detail left (0 or more).\n"
     "\n"
-    "Exit status: 0 nothing found, 1 findings, 2 wrong use, 3 a profile cannot be read.\n";
+    "Exit status: 0 nothing found, 1 findings, 2 wrong use, 3 a profile cannot be read,\n"
+    "4 the answer cannot be written.\n";
 
 const ToolT TOOL = {"tvxtrace", USAGE, HELP};
 
@@ -108,15 +110,14 @@ StatusT explain(const std::string& path, const std::string& traceClass, bool isJ
     return STATUS_CLEAN;
 }
 
-}   // namespace
-
-int main(int argc, char** argv)
+int run(const CommandLineT& line)
 {
-    CommandLineT line;
-    int status;
-    if (!takeCommandLine(TOOL, argc, argv, {}, {}, line, status)) return status;
     const std::vector<std::string>& words = line.words;
     if (words.size() > 1 && words[0] == "lint") return lint({words.begin() + 1, words.end()}, line.isJson);
     if (words.size() == 3 && words[0] == "explain") return explain(words[1], words[2], line.isJson);
     return wrongUse(TOOL);
 }
+
+}   // namespace
+
+int main(int argc, char** argv) { return runTool(TOOL, argc, argv, {}, {}, run); }
