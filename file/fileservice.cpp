@@ -113,15 +113,21 @@ FileNameC* FlnFileServiceC::getUNC(const FileNameC* name)
 FileNameC FlnFileServiceC::getShortPathName(const FileNameC& name) { return name; }
 FileNameC FlnFileServiceC::getLongPathName(const FileNameC& name) { return name; }
 BooleanT FlnFileServiceC::isHidden(const FileNameC&) { return isMissing(); }
-BooleanT FlnFileServiceC::isNetRoot(const FileNameC*) { return isMissing(); }
+BooleanT FlnFileServiceC::isNetRoot(const FileNameC* name) { return isNamed(name) && isMissing(); }
 BooleanT FlnFileServiceC::isSystem(const FileNameC&) { return isMissing(); }
 BooleanT FlnFileServiceC::setHidden(const FileNameC&, BooleanT) { return isMissing(); }
-BooleanT FlnFileServiceC::isInUse(const FileNameC*) { return 0; }
 BooleanT FlnFileServiceC::disableWow64Redirection(void**) { return 0; }
 BooleanT FlnFileServiceC::revertWow64Redirection(void*) { return 0; }
 
-time_t FlnFileServiceC::created(const FileNameC*)
+BooleanT FlnFileServiceC::isInUse(const FileNameC* name)
 {
+    (void)isNamed(name);
+    return 0;
+}
+
+time_t FlnFileServiceC::created(const FileNameC* name)
+{
+    if (!isNamed(name)) return 0;
     (void)TVX_CHECK(false, "FlnFileServiceC::created not implemented for this platform");
     return 0;
 }

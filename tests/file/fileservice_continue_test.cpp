@@ -54,12 +54,14 @@ TEST(FileServiceContinue, noNameIsRefused)
     const FileNameC name = named("name");
     EXPECT_FALSE(service.exists(nullptr) || service.isDirectory(nullptr) || service.isLink(nullptr) ||
                  service.isFile(nullptr) || service.isReadable(nullptr) || service.isWritable(nullptr) ||
-                 service.isReadOnly(nullptr) || service.setReadOnly(nullptr, 1) || service.mkdir(nullptr, 1));
+                 service.isReadOnly(nullptr) || service.setReadOnly(nullptr, 1) || service.mkdir(nullptr, 1) ||
+                 service.isNetRoot(nullptr) || service.isInUse(nullptr));
+    EXPECT_EQ(service.created(nullptr), 0);
     EXPECT_EQ(service.diskFree(nullptr), -1);
     EXPECT_EQ(service.length(nullptr, nullptr), -1);
     EXPECT_EQ(service.getInfo(nullptr, 1), nullptr);
     EXPECT_EQ(service.readLink(nullptr), nullptr);
-    EXPECT_EQ(assertCount("filename != 0"), 13U);
+    EXPECT_EQ(assertCount("filename != 0"), 16U);
     EXPECT_EQ(recordedErrors().size(), 4U);
 
     EXPECT_FALSE(service.remove(nullptr, 1, 1));
