@@ -6,6 +6,7 @@
 #include <cctype>
 #include <cstdio>
 #include <cstring>
+#include <iterator>
 #include <optional>
 
 namespace {
@@ -42,6 +43,27 @@ struct VariantT {
 bool isDigit(char ch) { return std::isdigit(static_cast<unsigned char>(ch)) != 0; }
 bool isBlank(char ch) { return ch == ' ' || ch == '\t'; }
 bool isOctal(char ch) { return ch >= '0' && ch <= '7'; }
+
+// The keywords of C++20, which no header can declare.
+bool isKeyword(std::string_view word)
+{
+    static const std::string_view KEYWORDS[] = {
+        "alignas",     "alignof",   "and",        "and_eq",    "asm",      "auto",         "bitand",
+        "bitor",       "bool",      "break",      "case",      "catch",    "char",         "char8_t",
+        "char16_t",    "char32_t",  "class",      "compl",     "concept",  "const",        "consteval",
+        "constexpr",   "constinit", "const_cast", "continue",  "co_await", "co_return",    "co_yield",
+        "decltype",    "default",   "delete",     "do",        "double",   "dynamic_cast", "else",
+        "enum",        "explicit",  "export",     "extern",    "false",    "float",        "for",
+        "friend",      "goto",      "if",         "inline",    "int",      "long",         "mutable",
+        "namespace",   "new",       "noexcept",   "not",       "not_eq",   "nullptr",      "operator",
+        "or",          "or_eq",     "private",    "protected", "public",   "register",     "reinterpret_cast",
+        "requires",    "return",    "short",      "signed",    "sizeof",   "static",       "static_assert",
+        "static_cast", "struct",    "switch",     "template",  "this",     "thread_local", "throw",
+        "true",        "try",       "typedef",    "typeid",    "typename", "union",        "unsigned",
+        "using",       "virtual",   "void",       "volatile",  "wchar_t",  "while",        "xor",
+        "xor_eq"};
+    return std::find(std::begin(KEYWORDS), std::end(KEYWORDS), word) != std::end(KEYWORDS);
+}
 
 // How many bytes of a text are its severity mark; 0 when it has none.
 size_t markSize(std::string_view text)
@@ -203,7 +225,7 @@ void SourceParserC::parseName()
     while (std::isalnum(static_cast<unsigned char>(peek())) != 0 || peek() == '_') ++m_at;
     m_name = m_content.substr(begin, m_at - begin);
     m_nameOffset = begin;
-    if (m_name.empty() || isDigit(m_name[0])) error(begin, "a name is an identifier of C++");
+    if (m_name.empty() || isDigit(m_name[0]) || isKeyword(m_name)) error(begin, "a name is an identifier of C++");
     skipBlanks();
     if (!atLineEnd()) error(m_at, "something follows the name");
     skipLine();
