@@ -144,7 +144,12 @@ void PrefsMergeC::findLaterBlocks()
 
 // ---- lines --------------------------------------------------------------------------------------------
 
-void PrefsMergeC::copyLine(std::string_view line) { m_out.append(line).push_back('\n'); }
+// Bytes that are no mark where they stand must not become one at the front.
+void PrefsMergeC::copyLine(std::string_view line)
+{
+    if (m_out.empty() && line.starts_with(prefstext::UTF8_MARK)) m_out.push_back('\n');
+    m_out.append(line).push_back('\n');
+}
 
 void PrefsMergeC::mergeLine(std::string_view line)
 {

@@ -153,6 +153,7 @@ TEST(PrefsMerge, putsChangesInTheirPlaces)
          "\xEF\xBB\xBF;\xE9\n[s]\nk=\xE9\n",
          {set("s", "l", "\xE9")},
          "\xEF\xBB\xBF;\xE9\n[s]\nk=\xE9\nl=\xE9\n"},
+        {"mark behind a line that goes", "[t\n\xEF\xBB\xBF[s]\nk=1\n", {}, "\n\xEF\xBB\xBF[s]\nk=1\n"},
         {"value alone", "[s]\n", {{ChangeT::BARE, "s", "", "x"}, {ChangeT::BARE, "s", "", "x"}}, "[s]\nx\nx\n"},
     };
     for (const auto& row : rows) {

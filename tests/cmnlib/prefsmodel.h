@@ -224,6 +224,7 @@ private:
     void write(const KeyT& key) { m_out += (key.name.empty() ? "" : key.name + "=") + key.value + "\n"; }
     void copy(const std::string& line, bool blankAfterwards)
     {
+        if (m_out.empty() && line.substr(0, 3) == "\xEF\xBB\xBF") m_out = "\n";
         m_out += line + "\n";
         m_blank = blankAfterwards;
     }
