@@ -3,7 +3,7 @@
 //   textinfo [--from ENCODING] [--to ENCODING] [--out FILE] FILE...
 //
 // Reads each FILE (- is standard input) in the encoding --from and prints what it counts. --to names the
-// encoding that is written to --out, all files one after the other; both are "utf8" unless given.
+// encoding that is written to --out, all files one after the other, when all are read; both are "utf8" unless given.
 // Text comes and goes as the bytes of a stream: a reader would replace what is malformed instead of telling
 // where it begins, and a writer would bring all line breaks into one form. The report is for a writer.
 // Exit status: 0; 2 wrong use; 3 a file cannot be read, written or decoded.
@@ -115,6 +115,13 @@ std::string contentOf(const char* path, InputStreamC& stream)
     return content;
 }
 
+void write(const char* path, const std::string& content)
+{
+    const auto file = openFile(path, FileStreamC::FMODE_CREATE, FileStreamC::FACCESS_WRITE);
+    const bool isWritten = file->write(content.data(), static_cast<long>(content.size())) == 0;
+    if (file->close() != 0 || !isWritten) fail(STATUS_FILE, "%s: cannot be written", path);
+}
+
 std::string contentOf(const char* path)
 {
     static FileStreamC standardInput(FileStreamC::NativeStdIn(), FileStreamC::FMODE_OPEN, FileStreamC::FACCESS_READ,
@@ -205,8 +212,7 @@ int main(int argc, char** argv)
         std::fputs(USAGE, stderr);
         return STATUS_USAGE;
     }
-    std::unique_ptr<IOStreamC> out;
-    if (options.out != nullptr) out = openFile(options.out, FileStreamC::FMODE_CREATE, FileStreamC::FACCESS_WRITE);
+    std::string output;   // written when all is read, for FILE may be one of those
     FileStreamC console(FileStreamC::NativeStdOut(), FileStreamC::FMODE_OPEN, FileStreamC::FACCESS_WRITE,
                         FileStreamC::SHARE_READWRITE);
     StreamWriterC report(&console, TextEncodingI::SYS8(), false, false);
@@ -221,9 +227,8 @@ int main(int argc, char** argv)
         long lost = 0;
         const std::string encoded = encodedText(fittingText(text, options.to, lost), options.to);
         printEncoded(report, options.to, encoded.size(), lost);
-        if (out != nullptr && out->write(encoded.data(), static_cast<long>(encoded.size())) != 0)
-            fail(STATUS_FILE, "%s: cannot be written", options.out);
+        output += encoded;
     }
-    if (out != nullptr && out->close() != 0) fail(STATUS_FILE, "%s: cannot be written", options.out);
+    if (options.out != nullptr) write(options.out, output);
     return 0;
 }

@@ -76,6 +76,12 @@ class TextinfoTest(unittest.TestCase):
             with self.subTest(arguments=arguments):
                 self.assert_fails(self.run_program(*arguments), status, words)
 
+    def test_output_may_be_what_was_read(self):
+        present = pathlib.Path(self.directory.name, "present")
+        present.write_bytes(b"text")
+        self.run_program("--to", "utf16le", "--out", "present", "present")
+        self.assertEqual(present.read_bytes(), "text".encode("utf-16-le"))
+
     def test_says_where_malformed_input_begins(self):
         rows = [
             ("ascii", b"ab\x80", 2),
