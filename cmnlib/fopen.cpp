@@ -4,6 +4,7 @@
 
 #include <cstring>
 #include <fcntl.h>
+#include <unistd.h>
 
 namespace {
 
@@ -42,6 +43,8 @@ FILE* Fopen(const char* path, const char* mode)
     }
     FdOwnerC fd(Open(path, flags));
     if (!fd.isOpen()) return nullptr;
+    const bool onlyAppends = (flags & O_APPEND) != 0 && (flags & O_ACCMODE) == O_WRONLY;
+    if (onlyAppends) (void)lseek(fd.fd(), 0, SEEK_END);   // that is where fopen stands, too
     FILE* const file = fdopen(fd.fd(), mode);
     if (file != nullptr) (void)fd.release();   // the stream closes it
     return file;

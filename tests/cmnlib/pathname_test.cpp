@@ -208,9 +208,10 @@ TEST(PathName, modesOfFopenDoWhatTheyDoInTheCLibrary)
             writeFile("file", "0123456789");
             FILE* const file = ours ? Fopen("file", mode) : std::fopen("file", mode);
             if (file != nullptr) {
+                results[ours] = std::to_string(std::ftell(file)) + " ";
                 std::fputs("xy", file);
                 std::rewind(file);
-                results[ours] = std::fgetc(file) == EOF ? "no read " : "read ";
+                results[ours] += std::fgetc(file) == EOF ? "no read " : "read ";
                 std::fclose(file);
             }
             results[ours] += fileText("file");
