@@ -1,5 +1,6 @@
 #include "dirstack.h"
 
+#include "assertfatal.h"
 #include "cmnlib/syscall.h"
 #include "file/fileattributes.h"
 #include "file/pathbytes.h"
@@ -54,11 +55,12 @@ void DIRStackC::push(FileNameC* dirname, DIR* dp)
     const bool isSearchable = ::faccessat(::dirfd(dp), ".", X_OK, AT_EACCESS) == 0;
     const DirStackEntC directory = {dirname, dp, nullptr, 0, isSearchable, 0, 0};
     add(&directory);
-    if (size() - m_shelved > MAX_OPEN) shelve(*entry(m_shelved++));
+    if (size() - m_shelved > MAX_OPEN) shelveOutermost();
 }
 
 DirStackEntC DIRStackC::pop()
 {
+    if (!TVX_CHECK(!isEmpty(), "n < used")) return {};
     DirStackEntC directory = *top();
     remove(size() - 1);
     if (m_shelved == size() && m_shelved > 0) unshelve(*entry(--m_shelved), directory.dp);
@@ -99,12 +101,13 @@ int DIRStackC::open(FileNameC* dirname, const FileNameC& path, bool followsLinks
     const fileattributes::PathC whole(&path);
     if (whole.failure() != 0) return whole.failure();
     const int flags = followsLinks ? 0 : O_NOFOLLOW;
-    FdOwnerC fd;
-    if (isEmpty()) {
-        fd.reset(openDirectoryAt(AT_FDCWD, whole.c_str(), flags));
-    } else {
-        const std::string component(baseOf(bytesOf(whole.text())));
-        fd.reset(openDirectoryAt(::dirfd(top()->dp), component.c_str(), flags));
+    const std::string component(isEmpty() ? bytesOf(whole.text()) : baseOf(bytesOf(whole.text())));
+    if (!isEmpty() && top()->dp == nullptr) return top()->failure != 0 ? top()->failure : ENOENT;
+    const int around = isEmpty() ? AT_FDCWD : ::dirfd(top()->dp);
+    FdOwnerC fd(openDirectoryAt(around, component.c_str(), flags));
+    while (!fd.isOpen() && (errno == EMFILE || errno == ENFILE) && size() - m_shelved > 1) {
+        shelveOutermost();
+        fd.reset(openDirectoryAt(around, component.c_str(), flags));
     }
     struct stat info = {};
     if (!fd.isOpen() || (followsLinks && ::fstat(fd.fd(), &info) != 0)) return errno;
@@ -137,11 +140,16 @@ DIRStackC::NextT DIRStackC::next(std::string_view& name, unsigned char& type)
     return ENTRY;
 }
 
-void DIRStackC::shelve(DirStackEntC& directory)
+// One that was left through a link keeps its descriptor, because the ".." of the directory inside is another one.
+void DIRStackC::shelveOutermost()
 {
+    DirStackEntC& directory = *entry(m_shelved++);
     struct stat info = {};
+    struct stat up = {};
     (void)::fstat(::dirfd(directory.dp), &info);
     identify(directory, info);
+    const int inside = ::dirfd(entry(m_shelved)->dp);
+    if (::fstatat(inside, "..", &up, 0) == 0 && !fileattributes::isSameFile(up, info)) return;
     if (directory.rest == nullptr) {
         auto rest = std::make_unique<DirRestC>();
         while (const dirent* const found = readNext(directory.dp)) {
@@ -158,13 +166,15 @@ void DIRStackC::shelve(DirStackEntC& directory)
 // What has been moved away meanwhile is not what its ".." says, and its rest cannot be reached any more.
 void DIRStackC::unshelve(DirStackEntC& directory, DIR* inside)
 {
+    if (directory.dp != nullptr) return;
     struct stat info = {};
     FdOwnerC fd(inside != nullptr ? openDirectoryAt(::dirfd(inside), "..", 0) : -1);
     int failure = fd.isOpen() && ::fstat(fd.fd(), &info) == 0 ? 0 : inside != nullptr ? errno : ENOENT;
     if (failure == 0 && (info.st_dev != directory.device || info.st_ino != directory.inode)) failure = ENOENT;
     if (failure == 0) directory.dp = streamOf(std::move(fd));
     if (directory.dp != nullptr) return;
+    DirRestC& rest = *directory.rest;
+    if (rest.at == rest.entries.size()) return;   // it was read to its end before
     directory.failure = failure != 0 ? failure : errno;
-    directory.rest->entries.clear();
-    directory.rest->at = 0;
+    rest.at = rest.entries.size();
 }

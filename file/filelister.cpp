@@ -22,7 +22,7 @@ FileListerI::~FileListerI() = default;
 FileListerC::FileListerC(const FileNameC* dir, unsigned int flags)
     : recursive((flags & Recursive) != 0),
       follow_links((flags & FollowLinks) != 0),
-      relative((flags & Relative) != 0),
+      relative(dir != nullptr && (flags & Relative) != 0),
       include_dotdot((flags & IncludeDotDot) != 0)
 {
     (void)TVX_CHECK(dir != nullptr, "filename != 0");
@@ -172,11 +172,12 @@ void FileListerC::enterLater(const FileNameC& name)
 void FileListerC::report(FileListSinkI* sink, const FileNameC* name, long status, unsigned char isDir)
 {
     const bool isKnownDir = status == 0 && isDir != 0;
+    const size_t depth = stack.size();
     auto copy = std::make_unique<FileNameC>(*name);
     action = isKnownDir ? sink->addDir(copy.release()) : sink->addFile(copy.release());
     switch (action) {
     case FileListSinkI::Continue:
-        if (isKnownDir) enterLater(*name);
+        if (isKnownDir && stack.size() == depth) enterLater(*name);   // else the sink has made the lister ascend
         return;
     case FileListSinkI::Prune: return;
     case FileListSinkI::Ascend:

@@ -2,8 +2,9 @@
 //
 // Everything but the first directory is opened relative to the one around it, so that neither the length
 // of a path limits the depth of a walk nor somebody who puts a link in place of a directory leads it
-// elsewhere. At most MAX_OPEN directories hold a descriptor: of those further out, what had not been read
-// is kept in memory, and they are opened again, as the ".." of the directory inside, when it is their turn.
+// elsewhere. At most MAX_OPEN directories hold a descriptor, or fewer when the process has no more: of those
+// further out, what had not been read is kept in memory, and they are opened again, as the ".." of the directory
+// inside, when it is their turn. Only one that was left through a link, which has no such way back, stays open.
 //
 // Thread safety: unlocked.
 #ifndef TVXCMN_DIRSTACK_H
@@ -20,7 +21,7 @@ struct DirRestC;
 
 struct DirStackEntC {
     FileNameC* dirname;   // owned
-    DIR* dp;              // owned; null while only `rest` is left of it
+    DIR* dp;              // owned; null while only `rest` is left of it, or when it cannot be found again
     DirRestC* rest;       // owned: what was read ahead; null while nothing was
     int failure;          // why the directory cannot be read to its end: an errno
     bool isSearchable;    // its entries can be looked at
@@ -60,10 +61,10 @@ public:
 private:
     DirStackEntC* entry(size_t n) const { return static_cast<DirStackEntC*>((*this)[n]); }
     bool holds(dev_t device, ino_t inode) const;
-    void shelve(DirStackEntC& directory);
+    void shelveOutermost();
     void unshelve(DirStackEntC& directory, DIR* inside);
 
-    size_t m_shelved = 0;   // directories without a stream, all of them at the outer end
+    size_t m_shelved = 0;   // directories at the outer end whose turn is later
 };
 
 #endif   // TVXCMN_DIRSTACK_H

@@ -50,4 +50,9 @@ TEST(FileListerContinue, noDirectoryIsOneThatDoesNotExist)
     EXPECT_EQ(lister.getNext(&name), 0);
     EXPECT_EQ(name, nullptr);
     EXPECT_EQ(lister.getNext(&name), ENOENT);
+    FileListerC relative(nullptr, FileListerC::Relative);   // not the current directory
+    EXPECT_EQ(relative.getNext(&name), 0);
+    EXPECT_EQ(relative.getNext(&name), ENOENT);
+    EXPECT_EQ(DIRStackC().pop().dp, nullptr);
+    EXPECT_EQ(assertCount("n < used"), 1U);
 }

@@ -233,6 +233,15 @@ TEST(FileLister, cancelAndAscendGoOnFromOutside)
     lister.ascend();
     EXPECT_EQ(lister.getNext(&name), TVXERR_FILE_NO_MORE_FILES);
 
+    fs::create_directories("tree/dir/below");   // which is not entered any more when the sink has left "dir"
+    FileListerC left(&tree, FL::Recursive);
+    NotesC sink([&](const std::string& note) {
+        if (note == "dir tree/dir/below") left.ascend();
+        return FileListSinkI::Continue;
+    });
+    EXPECT_EQ(left.listAll(&sink), 0);
+    EXPECT_EQ(sink.notes.back(), "dir tree/dir/below");
+
     const size_t before = openDescriptors();
     FileListerC other(&tree, FL::Recursive);
     ASSERT_EQ(other.getNext(&name), 0);
@@ -259,6 +268,26 @@ TEST(FileLister, linksBackAreFoundOut)
     EXPECT_LT(sink.notes.size(), 20U);
 }
 
+// The way back out of a directory that is deeper than there may be open ones is no longer the one in.
+TEST(FileLister, linksToDeepTreesLoseNothing)
+{
+    std::string deep = "deep";
+    for (int n = 0; n < 70; ++n) deep += "/d";
+    fs::create_directories(deep);
+    fs::create_directories("tree/inner");
+    fs::create_directory_symlink("../../deep", "tree/inner/link");
+    for (int n = 0; n < 20; ++n) {
+        put("tree/" + std::to_string(n));
+        put("tree/inner/" + std::to_string(n));
+    }
+    std::vector<std::string> expected;
+    for (const auto& entry :
+         fs::recursive_directory_iterator("tree", fs::directory_options::follow_directory_symlink)) {
+        expected.push_back(entry.path());
+    }
+    EXPECT_EQ(sorted(walked("tree", FL::Recursive | FL::FollowLinks)), sorted(expected));
+}
+
 TEST(FileLister, namesNeedNotBeText)
 {
     fs::create_directory("tree");
@@ -281,7 +310,7 @@ TEST(FileLister, depthIsNotLimited)
                       at.reset(::openat(at.fd(), "d", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
                   }
                   at.reset();
-                  const rlimit few = {100, 100};
+                  const rlimit few = {40, 40};
                   ::setrlimit(RLIMIT_NOFILE, &few);
                   const FileNameC here = named(".");
                   FileListerC lister(&here, FL::Recursive);
