@@ -10,6 +10,7 @@
 
 #include <climits>
 
+using fileattributes::isSameFile;
 using fileattributes::LinksT;
 
 namespace {
@@ -26,8 +27,6 @@ const char* textOfCopyError(long code)
     }
 }
 
-bool isSameFile(const struct stat& a, const struct stat& b) { return a.st_dev == b.st_dev && a.st_ino == b.st_ino; }
-
 // One file on its way.
 class FileCopierC {
 public:
@@ -40,8 +39,9 @@ public:
         CopyOutcomeT outcome = {openSource(), false, false};
         if (outcome.code == 0) outcome.code = openTarget(outcome.hasTouched);
         if (outcome.code == 0) outcome.code = moveAll(outcome.isStopped);
-        if (outcome.code == 0 && m_isMoved && ::fsync(m_target.fd()) != 0)
-            outcome.code = fail(errno, TVXERR_COPY_WRITE);
+        const bool isSynced =
+            outcome.code != 0 || !m_isMoved || retryOnEintr([&] { return ::fsync(m_target.fd()); }) == 0;
+        if (!isSynced) outcome.code = fail(errno, TVXERR_COPY_WRITE);
         const int closing = m_target.isOpen() ? closeFd(m_target.release()) : 0;
         if (outcome.code == 0 && closing != 0) outcome.code = fail(closing, TVXERR_COPY_WRITE);
         return outcome;
@@ -82,11 +82,12 @@ private:
         }
         if (::fstat(m_target.fd(), &info) != 0) return fail(errno, TVXERR_COPY_OPEN_DESTINATION);
         if (isSameFile(info, m_sourceInfo)) return fail(EINVAL, TVXERR_COPY_OPEN_DESTINATION);
-        hasTouched = true;
         // Some file systems write a file that was emptied to the disk when it is closed: not what is empty anyway.
-        if (!S_ISREG(info.st_mode) || info.st_size == 0) return 0;
-        const bool isEmptied = retryOnEintr([&] { return ::ftruncate(m_target.fd(), 0); }) == 0;
-        return isEmptied ? 0 : fail(errno, TVXERR_COPY_OPEN_DESTINATION);
+        const bool isEmpty = S_ISREG(info.st_mode) && info.st_size == 0;
+        hasTouched = isEmpty || retryOnEintr([&] { return ::ftruncate(m_target.fd(), 0); }) == 0;
+        if (hasTouched) return 0;
+        reportOpenFailure(errno, path);
+        return fail(0, TVXERR_COPY_OPEN_DESTINATION);
     }
 
     long moveAll(bool& isStopped)
@@ -270,9 +271,12 @@ private:
         return isMade ? 0 : ErrorErrno(errno);
     }
 
-    // Writable for us until all that belongs in it is there.
+    // Writable for us until all that belongs in it is there. A link in the target may lead back into the source.
     long enter(const FileNameC& from, const FileNameC& to)
     {
+        if (fileattributes::isThere(&to, LinksT::SEEN, S_IFLNK) && liesInside(m_from, to)) {
+            return reportDirectory(EINVAL, to);
+        }
         const long result = makeDirectory(to, 0700);
         if (result != 0) return result;
         m_sources.add(new FileNameC(from));

@@ -188,10 +188,9 @@ long FileStreamC::writeFrom(InputStreamC& in, long count)
         while (moved > 0 && (!isLimited || count > 0)) {
             const size_t size = static_cast<size_t>(isLimited ? std::min(count, most) : most);
             moved = ::copy_file_range(source->fileHandle, nullptr, fileHandle, nullptr, size, 0);
-            if (moved > 0) count -= moved;
+            if (moved > 0 && isLimited) count -= moved;
         }
         if (isLimited && count == 0) return 0;
-        if (!isLimited) count = 0;
     }
     return OutputStreamC::writeFrom(in, count);
 }

@@ -32,9 +32,10 @@ private:
         RemovalT how;
         bool isWidened = false;   // it was made writable; before, it had:
         mode_t mode = 0;
-        bool hasLost = false;   // something in it was removed
+        bool hasLost = false;     // something in it was removed
+        bool hasFailed = false;   // something in it could not be
     };
-    enum OutcomeT { GONE, OPENED, FAILED };
+    enum OutcomeT { REMOVED, MISSING, OPENED, FAILED };
 
     // Where names are looked up. -1, which makes every call fail, after the way back up was lost.
     int around() const
@@ -45,8 +46,8 @@ private:
 
     OutcomeT attempt(TargetT& target)
     {
-        if (::unlinkat(around(), target.name.c_str(), target.isDirectory ? AT_REMOVEDIR : 0) == 0) return GONE;
-        if (errno == ENOENT) return GONE;
+        if (::unlinkat(around(), target.name.c_str(), target.isDirectory ? AT_REMOVEDIR : 0) == 0) return REMOVED;
+        if (errno == ENOENT) return MISSING;
         m_lastError = errno;
         if (!target.isDirectory || !target.how.isRecursive) return FAILED;
         const FileNameC name(textOf(target.name));
@@ -66,7 +67,7 @@ private:
         if (outcome != OPENED) note(outcome);
     }
 
-    // Once; after that, or when it is not wanted, what was changed is taken back.
+    // Once, and only what its owner may not write to; after that, what was changed is taken back.
     bool widen(TargetT& target)
     {
         const char* const name = target.name.c_str();
@@ -74,6 +75,7 @@ private:
         if (target.isWidened || !target.how.isForced) return false;
         struct stat info = {};
         if (::fstatat(around(), name, &info, AT_SYMLINK_NOFOLLOW) != 0 || S_ISLNK(info.st_mode)) return false;
+        if ((info.st_mode & S_IWUSR) != 0) return false;
         target.mode = info.st_mode & 07777;
         if (::fchmodat(around(), name, target.mode | S_IWUSR, AT_SYMLINK_NOFOLLOW) != 0) return false;
         target.isWidened = true;
@@ -83,10 +85,11 @@ private:
 
     void note(OutcomeT outcome)
     {
-        if (outcome == FAILED) {
-            m_failure = m_levels.empty() ? m_lastError : 0;
-        } else if (!m_levels.empty()) {
-            m_levels.back().hasLost = true;
+        if (m_levels.empty()) {
+            m_failure = outcome == FAILED ? m_lastError : 0;
+        } else {
+            m_levels.back().hasLost |= outcome == REMOVED;
+            m_levels.back().hasFailed |= outcome == FAILED;
         }
     }
 
@@ -109,19 +112,19 @@ private:
         return ::fstatat(around(), name.data(), &info, AT_SYMLINK_NOFOLLOW) == 0 && S_ISDIR(info.st_mode);
     }
 
-    // A file system may pass over entries while others are removed: then the directory is read again.
+    // A file system may pass over entries while others are removed: then the directory is read again. The outermost
+    // one, which was there, may be missing because the path to it led through what has been removed.
     void leave()
     {
         TargetT target = std::move(m_levels.back());
         m_levels.pop_back();
         m_stack.explode();
-        if (::unlinkat(around(), target.name.c_str(), AT_REMOVEDIR) == 0 || errno == ENOENT) {
-            note(GONE);
-            return;
-        }
+        if (::unlinkat(around(), target.name.c_str(), AT_REMOVEDIR) == 0) return note(REMOVED);
         m_lastError = errno;
-        const bool maybePassedOver = target.hasLost && (m_lastError == ENOTEMPTY || m_lastError == EEXIST);
-        target.hasLost = false;
+        if (m_lastError == ENOENT) return note(m_levels.empty() ? FAILED : MISSING);
+        const bool maybePassedOver =
+            target.hasLost && !target.hasFailed && (m_lastError == ENOTEMPTY || m_lastError == EEXIST);
+        target.hasLost = target.hasFailed = false;
         if (maybePassedOver || widen(target)) {
             handle(std::move(target));
         } else {

@@ -40,7 +40,7 @@ long OutputStreamC::writeFrom(InputStreamC& in, long count)
         if (n <= 0) break;
         if (!TVX_CHECK(n <= room, "n <= room")) n = room;
         if (write(chunk, n) != 0) return Error(TVXERR_STREAM_WRITE, "Failed to write to a stream");
-        count -= n;
+        if (isLimited) count -= n;
     }
     return 0;
 }

@@ -157,6 +157,11 @@ TEST(FileService, aTreeIsNotCopiedIntoItself)
     }
     EXPECT_FALSE(fs::exists("tree/sub/new"));
     EXPECT_EQ(copied("tree", "tree2"), 0);
+    fs::remove("tree2/sub");
+    fs::create_directory_symlink("../tree/sub", "tree2/sub");   // a way back in
+    put("tree/sub/file");
+    EXPECT_EQ(copied("tree", "tree2"), TVXERR_FILE_CREATE_DIRECTORY);
+    EXPECT_THAT(recordedErrors(), ElementsAre(system(EINVAL), TVXERR_FILE_CREATE_DIRECTORY));
 }
 
 TEST(FileService, callbacksSeeEveryBlockAndMayStop)
@@ -218,6 +223,8 @@ TEST(FileService, everyStepOfACopyCanFail)
     EXPECT_EQ(copied("file", "missing/copy"), TVXERR_COPY_OPEN_DESTINATION);
     EXPECT_THAT(recordedErrors(), ElementsAre(system(ENOENT), TVXERR_FILE_OPEN, TVXERR_COPY_OPEN_DESTINATION));
     EXPECT_FALSE(fs::exists("copy"));
+    EXPECT_EQ(copied("file", "fifo"), TVXERR_COPY_OPEN_DESTINATION);   // nobody reads it
+    EXPECT_THAT(recordedErrors(), ElementsAre(system(EINVAL), TVXERR_FILE_OPEN, TVXERR_COPY_OPEN_DESTINATION));
     const FaultC noRange("copy_file_range", ENOSYS, 0, 100);
     {
         const FaultC fault("read", EIO);
@@ -259,11 +266,11 @@ TEST(FileService, aFullFileSystemStopsACopy)
     EXPECT_EQ(result, 0);
 }
 
-// 3,000 levels do with 100 descriptors; where there is none at all, everything says so.
+// 3,000 levels do with 40 descriptors; where there is none at all, everything says so.
 TEST(FileService, descriptorsMayRunOut)
 {
     EXPECT_EQ(inChild([] {
-                  const rlimit few = {100, 100};
+                  const rlimit few = {40, 40};
                   ::setrlimit(RLIMIT_NOFILE, &few);
                   makeDeepTree(3000);
                   if (!removed("d", false, true) || fs::exists("d")) return 1;
@@ -309,6 +316,17 @@ TEST(FileService, movesBetweenFileSystemsByCopying)
     }
     EXPECT_FALSE(fs::exists("back"));
     EXPECT_EQ(fileText(other), "content");
+    put("back", "old");
+    {
+        const FaultC fault("ftruncate", EIO);
+        EXPECT_EQ(renamed(other, "back"), TVXERR_COPY_OPEN_DESTINATION);
+    }
+    EXPECT_EQ(fileText("back"), "old");
+    {
+        const FaultC fault("fsync", EINTR);
+        EXPECT_EQ(renamed(other, "back"), 0);
+    }
+    EXPECT_EQ(renamed("back", other), 0);
     recordedErrors();
     fs::create_directory("dir");
     EXPECT_EQ(renamed("dir", other + ".dir"), system(EXDEV));
@@ -332,6 +350,15 @@ TEST(FileService, removesTreesAndNothingOutside)
     EXPECT_TRUE(removed("link", false, true));
     EXPECT_TRUE(fs::exists("outside/file"));
     EXPECT_TRUE(removed("missing", false, false));
+    fs::create_directories("tree/a");
+    EXPECT_FALSE(removed("tree/a/..", false, true));   // "tree" is still there, and empty
+    EXPECT_TRUE(fs::is_empty("tree"));
+    put("tree/file");
+    {
+        const FaultC fault("unlinkat", ENOENT, 1);   // listed, and yet missing
+        EXPECT_FALSE(removed("tree", false, true));
+    }
+    EXPECT_TRUE(removed("tree", false, true));
     EXPECT_FALSE(removed("outside/file/below", false, false));
     EXPECT_THAT(recordedErrors(), IsEmpty());
 }
