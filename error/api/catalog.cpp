@@ -14,7 +14,8 @@
 namespace {
 
 const char LANGUAGE_MARK[] = "%L";
-const size_t MAX_IN_MEMORY = size_t{64} << 20;
+const size_t MAX_IN_MEMORY = size_t{64} << 20;   // of the file, and of the table over it
+const size_t MAX_PROBES = 128;                   // random numbers need some 80 in the fullest of tables
 
 unsigned long keyOf(ErrorT err) { return ErrCatalogKey(ErrorSetOf(err), ErrorMessageOf(err)); }
 
@@ -101,27 +102,32 @@ void ErrCatalogC::makeSlots()
     const unsigned long count = static_cast<unsigned long>(nummsg);
     if (count == 0 || ErrCatalogEntryOffset(count) > m_size) return;
     m_slotBits = static_cast<unsigned>(std::bit_width(count + count / 2));
+    if (sizeof(SlotT) << m_slotBits > MAX_IN_MEMORY) return;
     m_slots.reset(new SlotT[size_t{1} << m_slotBits]);
     unsigned long before = 0;
     for (unsigned long index = 0; index < count; ++index) {
         const ErrCatalogEntryT entry = ReadErrCatalogEntry(m_content.get() + ErrCatalogEntryOffset(index));
         const unsigned long key = ErrCatalogKey(entry.set, entry.message);
-        if (index > 0 && key <= before) {
+        SlotT* const slot = index == 0 || key > before ? slotOf(key) : nullptr;
+        if (slot == nullptr) {
             m_slots.reset();
             return;
         }
-        slotOf(key).key = before = key;
+        slot->key = before = key;
     }
 }
 
-// The slot of a number, or the free one that would be its.
-ErrCatalogC::SlotT& ErrCatalogC::slotOf(unsigned long key) const
+// The slot of a number, or the free one that would be its; null if that is too far away.
+ErrCatalogC::SlotT* ErrCatalogC::slotOf(unsigned long key) const
 {
     const unsigned long golden = 0x9E3779B97F4A7C15;
     const size_t last = (size_t{1} << m_slotBits) - 1;
-    size_t at = key * golden >> (64 - m_slotBits);
-    while (m_slots[at].key != key && m_slots[at].key != SlotT::FREE) at = (at + 1) & last;
-    return m_slots[at];
+    const size_t home = key * golden >> (64 - m_slotBits);
+    for (size_t probe = 0; probe < MAX_PROBES; ++probe) {
+        SlotT& slot = m_slots[(home + probe) & last];
+        if (slot.key == key || slot.key == SlotT::FREE) return &slot;
+    }
+    return nullptr;
 }
 
 StringC ErrCatalogC::getMessage(ErrSevT& sev, ErrorT err, const char* def_str, const char*)
@@ -139,12 +145,12 @@ bool ErrCatalogC::message(ErrorT err, StringC& text, ErrSevT& sev) const
     if (m_slots != nullptr) {
         if (!ErrorHasCatalogText(err)) return false;
         const unsigned long key = keyOf(err);
-        SlotT& slot = slotOf(key);
-        if (slot.key != key) return false;
-        known = slot.message.load(std::memory_order_acquire);
+        SlotT* const slot = slotOf(key);
+        if (slot == nullptr || slot->key != key) return false;
+        known = slot->message.load(std::memory_order_acquire);
         if (known == nullptr && makeMessage(err, made)) {
             auto kept = std::make_unique<const MessageT>(made);
-            if (slot.message.compare_exchange_strong(known, kept.get())) known = kept.release();
+            if (slot->message.compare_exchange_strong(known, kept.get())) known = kept.release();
         }
     } else if (makeMessage(err, made)) {
         known = &made;

@@ -3,7 +3,8 @@
 // What a file says about itself is never trusted: a look-up reads what the file really holds, or finds nothing.
 // The search goes over the index as it lies in the file, so the answer is the same from memory and from the disk,
 // also for an index that is not sorted. Over one that is, as in all that a tool has made, lies a hash table, which
-// also keeps each message that has been asked for.
+// also keeps each message that has been asked for. The table takes at most 48 bytes for each entry of the index
+// and, like the file, no more than 64 MB in all; a catalog whose numbers do not spread over it does without.
 //
 // Thread safety: any thread.
 #ifndef TVXCMN_ERROR_CATALOG_H
@@ -62,7 +63,7 @@ private:
     static int openFirst(std::string before, const std::string& behind);
     void readFile();
     void makeSlots();
-    SlotT& slotOf(unsigned long key) const;
+    SlotT* slotOf(unsigned long key) const;
     bool search(unsigned long key, ErrCatalogEntryT& found) const;
     bool makeMessage(ErrorT err, MessageT& made) const;
     const char* bytesAt(unsigned long offset, size_t size, char* buffer) const;
@@ -71,11 +72,11 @@ private:
     StringC userLevel;   // written only, see setUserLevel
     int catd = -1;       // -1: no file
     long nummsg = 0;
-    std::unique_ptr<char[]> m_content;   // the whole file; null when it is too large for that
-    size_t m_size = 0;                   // of m_content
-    std::unique_ptr<SlotT[]> m_slots;    // null when the index is not sorted, or the file not in memory
-    unsigned m_slotBits = 0;             // 2 to the power of it is how many there are
-    ErrCatalogC* m_nextRetired = nullptr;
+    std::unique_ptr<char[]> m_content;      // the whole file; null when it is too large for that
+    size_t m_size = 0;                      // of m_content
+    std::unique_ptr<SlotT[]> m_slots;       // null when there is no table
+    unsigned m_slotBits = 0;                // 2 to the power of it is how many there are
+    std::atomic<int> m_retiredReaders{0};   // the cell's, once it has another catalog (catalogcell.h)
 };
 
 #endif   // TVXCMN_ERROR_CATALOG_H

@@ -1,18 +1,19 @@
 #include "error/api/catalogcell.h"
 
-#include <utility>
-
 // Keeps the catalog that it has found in the cell readable.
 class ErrCatalogCellC::ReaderC {
 public:
-    explicit ReaderC(ErrCatalogCellC& cell) : m_cell(cell)
+    explicit ReaderC(ErrCatalogCellC& cell) : m_cell(cell), m_catalog(catalogIn(cell.m_current.fetch_add(ONE_READER)))
     {
-        m_cell.m_readers.fetch_add(1);
-        m_catalog = m_cell.m_current.load();
     }
     ~ReaderC()
     {
-        if (m_cell.m_readers.fetch_sub(1) == 1 && m_cell.m_retired.load() != nullptr) m_cell.deleteRetired();
+        if (m_catalog == nullptr) return;
+        unsigned long word = m_cell.m_current.load();
+        while (catalogIn(word) == m_catalog) {
+            if (m_cell.m_current.compare_exchange_weak(word, word - ONE_READER)) return;
+        }
+        addReaders(m_catalog, -1);
     }
     ReaderC(const ReaderC&) = delete;
     ReaderC& operator=(const ReaderC&) = delete;
@@ -39,45 +40,28 @@ void ErrCatalogCellC::setUserLevel(const StringC& level)
 void ErrCatalogCellC::replace(std::unique_ptr<ErrCatalogC> catalog)
 {
     if (catalog != nullptr && catalog->isOpen()) m_hasHadFile.store(true, std::memory_order_release);
-    retire(m_current.exchange(catalog.release()));
+    retire(m_current.exchange(wordOf(catalog.release())));
 }
 
 bool ErrCatalogCellC::replaceIf(const ErrCatalogC* expected, std::unique_ptr<ErrCatalogC> catalog)
 {
-    ErrCatalogC* before = const_cast<ErrCatalogC*>(expected);
     if (catalog != nullptr && catalog->isOpen()) m_hasHadFile.store(true, std::memory_order_release);
-    if (!m_current.compare_exchange_strong(before, catalog.get())) return false;
+    unsigned long before = m_current.load();
+    do {
+        if (catalogIn(before) != expected) return false;
+    } while (!m_current.compare_exchange_weak(before, wordOf(catalog.get())));
     (void)catalog.release();
     retire(before);
     return true;
 }
 
-void ErrCatalogCellC::retire(ErrCatalogC* catalog)
+// Those of its readers who have left meanwhile are taken off already.
+void ErrCatalogCellC::retire(unsigned long word)
 {
-    if (catalog == nullptr) return;
-    pushRetired(catalog);
-    if (m_readers.load() == 0) deleteRetired();
+    if (catalogIn(word) != nullptr) addReaders(catalogIn(word), static_cast<int>(word / ONE_READER));
 }
 
-void ErrCatalogCellC::pushRetired(ErrCatalogC* first)
+void ErrCatalogCellC::addReaders(ErrCatalogC* retired, int change)
 {
-    ErrCatalogC* last = first;
-    while (last->m_nextRetired != nullptr) last = last->m_nextRetired;
-    ErrCatalogC* head = m_retired.load();
-    do {
-        last->m_nextRetired = head;
-    } while (!m_retired.compare_exchange_weak(head, first));
-}
-
-// Takes the chain before it looks for readers: one that comes after that look finds another catalog.
-void ErrCatalogCellC::deleteRetired()
-{
-    while (ErrCatalogC* chain = m_retired.exchange(nullptr)) {
-        if (m_readers.load() == 0) {
-            while (chain != nullptr) delete std::exchange(chain, chain->m_nextRetired);
-        } else {
-            pushRetired(chain);
-            if (m_readers.load() != 0) return;   // the last one of them comes here
-        }
-    }
+    if (retired->m_retiredReaders.fetch_add(change) + change == 0) delete retired;
 }

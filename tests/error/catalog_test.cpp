@@ -5,6 +5,7 @@
 #include "support/helpers.h"
 #include "support/system.h"
 
+#include <algorithm>
 #include <atomic>
 #include <cerrno>
 #include <cstring>
@@ -168,6 +169,27 @@ TEST(ErrCatalog, doesNotTrustNumbersOfTheFile)
     EXPECT_EQ(found(numberOf(1, 1)), "?");
 }
 
+// Numbers that all belong in one place of the table: as many as it takes there, and more.
+TEST(ErrCatalog, findsWhatDoesNotSpread)
+{
+    std::vector<CatalogRowT> all;
+    for (unsigned long set = 0; set <= 0xFFF && all.size() < 300; ++set) {
+        for (unsigned message = 0; message <= 0xFFF; ++message) {
+            const unsigned number = static_cast<unsigned>(set);
+            if ((set << 32 | message) * 0x9E3779B97F4A7C15 >> 54 == 0)
+                all.push_back({number, message, std::to_string(set) + "/" + std::to_string(message)});
+        }
+    }
+    for (const long count : {127, 128, 129, 299}) {
+        writeFile(FILE_NAME, catalogBytes({all.begin(), all.begin() + count}));
+        const ErrCatalogC catalog{StringC(FILE_NAME)};
+        for (long i = 0; i < 300; ++i) {
+            const CatalogRowT& row = all[static_cast<size_t>(i)];
+            EXPECT_EQ(found(catalog, numberOf(row.set, row.message)), i < count ? row.text : "?");
+        }
+    }
+}
+
 TEST(ErrCatalog, keepsItsTextsWhenTheFileIsCut)
 {
     writeFile(FILE_NAME, catalogBytes(ROWS));
@@ -187,7 +209,7 @@ TEST(ErrSystemCatalog, knowsTheSystemsOwnErrors)
     EXPECT_TRUE(catalog.getMessage(sev, numberOf(1, ENOENT), "x", nullptr).isEmpty());
 }
 
-// Each catalog has the same texts, so a wrong one shows that a reader saw a catalog end.
+// Each catalog has the same texts, so a wrong one shows that a reader saw a catalog end. No reader keeps more than one.
 TEST(ErrCatalogCell, isReadWhileItsCatalogIsReplaced)
 {
     std::vector<CatalogRowT> rows;
@@ -199,9 +221,10 @@ TEST(ErrCatalogCell, isReadWhileItsCatalogIsReplaced)
     static ErrCatalogCellC cell;
     cell.replace(opened());
     std::atomic<int> reading{7};
+    size_t most = 0;
     inThreads(8, [&](int thread) {
         if (thread == 0) {
-            while (reading > 0) cell.replace(opened());
+            for (; reading > 0; cell.replace(opened())) most = std::max(most, openDescriptors());
             return;
         }
         for (unsigned i = 0; i < 20000; ++i) {
@@ -216,6 +239,7 @@ TEST(ErrCatalogCell, isReadWhileItsCatalogIsReplaced)
         }
         --reading;
     });
+    EXPECT_LE(most, before + 1 + 7);
     EXPECT_EQ(openDescriptors(), before + 1);
     const ErrCatalogC* const current = cell.current();
     cell.replaceIf(nullptr, opened());
