@@ -17,12 +17,10 @@ std::string str(const StringC& text) { return {text.utf8(), text.utf8Bytes()}; }
 // The sections that there are.
 class ModelC {
 public:
-    bool has(const std::string& key) const
+    bool has(const std::string& key) const { return m_names.count(key) > 0 || hasBelow(key); }
+    bool hasBelow(const std::string& key) const
     {
-        for (const std::string& name : m_names) {
-            if (name == key || isBelow(name, key)) return true;
-        }
-        return false;
+        return std::any_of(m_names.begin(), m_names.end(), [&](const std::string& name) { return isBelow(name, key); });
     }
     std::set<std::string> childrenOf(const std::string& key) const
     {
@@ -80,12 +78,13 @@ public:
         FUZZ_REQUIRE(result == (isPossible ? 0 : TVXERR_REGISTRY_INVALID_ARGUMENT));
         if (result == 0 && !isThere) m_model.add(name);
     }
-    void remove(const std::string& key)
+    void remove(const std::string& key, bool withAll)
     {
-        const ErrorT result = m_registry.DeleteKey(m_base, key.c_str(), true);
-        FUZZ_REQUIRE(result == (isOpenable(key) ? 0 : TVXERR_REGISTRY_NOT_FOUND));
         const std::string name = found(key);
-        if (!name.empty()) m_model.remove(name);
+        const bool isKept = !withAll && isOpenable(key) && (name.empty() || m_model.hasBelow(name));
+        const ErrorT expected = isKept ? TVXERR_REGISTRY_NOT_EMPTY : isOpenable(key) ? 0 : TVXERR_REGISTRY_NOT_FOUND;
+        FUZZ_REQUIRE(m_registry.DeleteKey(m_base, key.c_str(), withAll) == expected);
+        if (!name.empty() && !isKept) m_model.remove(name);
     }
     void check(const std::string& key)
     {
@@ -160,11 +159,12 @@ int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     checkComponents("HKLM" + path);
     PairC pair;
     while (!input.isEmpty()) {
-        const unsigned action = input.below(4);
+        const unsigned action = input.below(5);
         const std::string key = keyOf(input.bytes(input.below(12)));
         switch (action) {
-        case 0: pair.remove(key); break;
+        case 0: pair.remove(key, true); break;
         case 1: pair.check(key); break;
+        case 2: pair.remove(key, false); break;
         default: pair.create(key); break;
         }
     }

@@ -169,8 +169,7 @@ ErrorT ConfRegistryIniC::CreateKey(unsigned long hKey, StringC subKey, unsigned 
     const int fileRef = fileOf(path, section);
     if (fileRef == ConfRegKeyC::NO_FILE) return TVXERR_REGISTRY_NOT_FOUND;
     if (!keynames::isStorableKey(bytesOf(section))) return TVXERR_REGISTRY_INVALID_ARGUMENT;
-    if (!file(fileRef).getFileHandler()->AddSection(section.utf8())) return TVXERR_REGISTRY_FAILURE;
-    file(fileRef).setChanged();
+    if (!file(fileRef).addSection(section)) return TVXERR_REGISTRY_FAILURE;
     ConfRegSaveIniFile(static_cast<size_t>(fileRef));
     if (ConfRegOpenKeyEx(hKey, subKey, KEY_ALL_ACCESS, &key) != 0) return TVXERR_REGISTRY_FAILURE;
     return handOut(key, handle);
@@ -243,12 +242,14 @@ void ConfRegistryIniC::lookAtFileOf(unsigned long handle)
     if (m_writeThru && fileRef != ConfRegKeyC::NO_FILE) file(fileRef).reloadIfChanged();
 }
 
-// A key that cannot be enumerated is not known to be empty.
-bool ConfRegistryIniC::isEmptyKey(unsigned long handle)
+// A key that no file holds is not known to be empty. Subkeys that no enumeration tells of, whose names begin with a
+// backslash, would be deleted too.
+bool ConfRegistryIniC::isEmptyKey(unsigned long handle) const
 {
-    StringC name;
-    return GetEnumeratedKey(handle, 0, &name) == TVXERR_REGISTRY_NO_MORE_ITEMS &&
-           GetEnumeratedValue(handle, 0, nullptr, nullptr, nullptr, nullptr) == TVXERR_REGISTRY_NO_MORE_ITEMS;
+    const ConfRegKeyC& key = *GetOpenKey(handle);
+    if (key.getFileRef() == ConfRegKeyC::NO_FILE) return false;
+    ConfRegIniFileC& holder = file(key.getFileRef());
+    return !holder.hasKeysBelow(key.getKeyString()) && holder.valuesOf(key.getKeyString()).empty();
 }
 
 // ---- names --------------------------------------------------------------------------------------------

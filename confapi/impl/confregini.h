@@ -104,7 +104,7 @@ private:
     // 0, when there is such a value, or why not.
     ErrorT findValue(unsigned long hKey, const StringC& subKey, const StringC& valueName, ValueT& value);
     ErrorT findSection(unsigned long hKey, const StringC& subKey, const KeyPlaceCacheC::EntryT*& found);
-    bool isEmptyKey(unsigned long handle);
+    bool isEmptyKey(unsigned long handle) const;
     // Before a deletion: what others have written in this very second counts too.
     void lookAtFileOf(unsigned long handle);
 

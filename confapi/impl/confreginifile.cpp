@@ -4,6 +4,7 @@
 #include "cmnlib/prefsfile.h"
 #include "cmnlib/prefsload.h"
 #include "cmnlib/prefsmerge.h"
+#include "confapi/impl/keynames.h"
 #include "confapi/impl/pendingchanges.h"
 #include "fileservice.h"
 #include "string/api/textrepair.h"
@@ -11,6 +12,8 @@
 #include <cerrno>
 #include <cstdio>
 #include <unistd.h>
+
+using keynames::bytesOf;
 
 namespace {
 
@@ -72,6 +75,7 @@ void ConfRegIniFileC::take(std::string&& text, const struct stat& info)
     if (m_hasFailedToSave) pending.collect(m_confData);
     PrefsBytesC::load(m_confData, std::move(text), m_pathBytes.c_str());
     m_texts.clear();
+    m_tree.clear();
     pending.applyTo(m_confData);
     setChanged();
     m_lastMod = info.st_mtim.tv_sec;
@@ -81,21 +85,41 @@ void ConfRegIniFileC::take(std::string&& text, const struct stat& info)
 void ConfRegIniFileC::setChanged()
 {
     ++m_generation;
-    m_tree.clear();
     m_valuesSection = nullptr;
 }
 
-bool ConfRegIniFileC::hasKey(const StringC& name)
+bool ConfRegIniFileC::addSection(const StringC& name)
 {
-    if (section(name) != nullptr) return true;
+    const bool isBack = m_confData.FindSection(name.utf8(), true) != nullptr;
+    if (!m_confData.AddSection(name.utf8())) return false;
+    m_tree.add(section(name)->ps_name_p, isBack);
+    setChanged();
+    return true;
+}
+
+void ConfRegIniFileC::removeKey(const StringC& name)
+{
+    std::string_view rest;
+    for (const PrefsSectionElem* each = m_confData.sections(); each != nullptr; each = each->ps_next_p) {
+        const std::string_view path = each->ps_name_p;
+        if (each->ps_dirty == SEC_REMOVE) continue;
+        if (!prefstext::areEqual(path, bytesOf(name)) && !keynames::descendantOf(path, bytesOf(name), rest)) continue;
+        m_confData.RemoveSection(each->ps_name_p);
+        m_tree.remove(path);
+    }
+    setChanged();
+}
+
+bool ConfRegIniFileC::hasKeysBelow(const StringC& name)
+{
     if (!m_tree.isBuilt()) m_tree.build(m_confData);
-    return m_tree.isAncestor({name.utf8(), name.utf8Bytes()});
+    return m_tree.isAncestor(bytesOf(name));
 }
 
 const std::vector<StringC>* ConfRegIniFileC::childrenOf(const StringC& name)
 {
-    if (!m_tree.isBuilt()) m_tree.build(m_confData);
-    return m_tree.childrenOf({name.utf8(), name.utf8Bytes()});
+    if (!m_tree.isInOrder()) m_tree.build(m_confData);
+    return m_tree.childrenOf(bytesOf(name));
 }
 
 const std::vector<const PrefsKeyElem*>& ConfRegIniFileC::valuesOf(const StringC& name)

@@ -44,7 +44,8 @@ public:
     ErrorT save();
 
     // Whether there is a key of that name, by a section of its own or of a key below it.
-    bool hasKey(const StringC& name);
+    bool hasKey(const StringC& name) { return section(name) != nullptr || hasKeysBelow(name); }
+    bool hasKeysBelow(const StringC& name);
     const std::vector<StringC>* childrenOf(const StringC& name);
     // The section, unless it is removed, and the values in it that are not, in the order of the file.
     PrefsSectionElem* section(const StringC& name) const { return m_confData.FindSection(name.utf8()); }
@@ -52,7 +53,11 @@ public:
     // The value of one of the keys. It is read over and over, so the text is made once and then handed out.
     const StringC& textOf(PrefsKeyElem& key);
 
-    // To be told whenever getFileHandler has been used for a change.
+    // Makes a section in memory. False when it is there.
+    bool addSection(const StringC& name);
+    // Removes the section and all below it in memory.
+    void removeKey(const StringC& name);
+    // To be told whenever getFileHandler has been used for a change of values.
     void setChanged();
     // Another number after each change and each loading, which ends sections and values.
     unsigned long generation() const { return m_generation; }

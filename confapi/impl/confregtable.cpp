@@ -14,15 +14,6 @@ namespace {
 const unsigned long FIRST_RESERVED = 0x80000000;   // the roots, and what might become one
 const unsigned long LAST_RESERVED = 0x8000000F;
 
-// `rest` is what follows `base` and a backslash.
-bool descendantOf(std::string_view path, std::string_view base, std::string_view& rest)
-{
-    if (path.size() <= base.size() + 1 || path[base.size()] != '\\') return false;
-    if (!prefstext::areEqual(path.substr(0, base.size()), base)) return false;
-    rest = path.substr(base.size() + 1);
-    return true;
-}
-
 }   // namespace
 
 // ---- the table ----------------------------------------------------------------------------------------
@@ -119,7 +110,7 @@ int ConfRegistryIniC::fileOf(const StringC& path, StringC& section) const
 {
     std::string_view rest;
     for (size_t i = 0; i < m_iniFiles.size(); ++i) {
-        if (!descendantOf(bytesOf(path), bytesOf(m_iniFiles[i]->getBaseKey()), rest)) continue;
+        if (!keynames::descendantOf(bytesOf(path), bytesOf(m_iniFiles[i]->getBaseKey()), rest)) continue;
         section = StringC(rest.data(), rest.size(), StringC::CC_VALID_UTF8);
         return static_cast<int>(i);
     }
@@ -262,6 +253,7 @@ ErrorT ConfRegistryIniC::ConfRegSetValueEx(unsigned long hKey, const StringC& va
     if (key == nullptr || key->getFileRef() == ConfRegKeyC::NO_FILE) return TVXERR_REGISTRY_UNKNOWN_HANDLE;
     if (!keynames::isStorableKey(bytesOf(key->getKeyString()))) return TVXERR_REGISTRY_INVALID_ARGUMENT;
     ConfRegIniFileC& changed = file(key->getFileRef());
+    if (!valueName.isEmpty()) (void)changed.addSection(key->getKeyString());   // when there were only those below it
     changed.getFileHandler()->SetAttr(key->getKeyString().utf8(), valueName.utf8(), data, true);
     changed.setChanged();
     ConfRegSaveIniFile(static_cast<size_t>(key->getFileRef()));
@@ -288,15 +280,7 @@ ErrorT ConfRegistryIniC::ConfRegDeleteKey(unsigned long hKey)
     if (key == nullptr) return TVXERR_REGISTRY_UNKNOWN_HANDLE;
     if (key->getFileRef() == ConfRegKeyC::NO_FILE) return 0;
     ConfRegIniFileC& changed = file(key->getFileRef());
-    PrefsC& prefs = *changed.getFileHandler();
-    prefs.RemoveSection(key->getKeyString().utf8());
-    std::string_view rest;
-    for (const PrefsSectionElem* section = prefs.sections(); section != nullptr; section = section->ps_next_p) {
-        if (descendantOf(section->ps_name_p, bytesOf(key->getKeyString()), rest)) {
-            prefs.RemoveSection(section->ps_name_p);
-        }
-    }
-    changed.setChanged();
+    changed.removeKey(key->getKeyString());
     ConfRegSaveIniFile(static_cast<size_t>(key->getFileRef()));
     return 0;
 }

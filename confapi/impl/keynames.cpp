@@ -55,6 +55,14 @@ bool isStorableValueName(std::string_view name)
            name.front() != '[' && !hasBlankEnds(name);
 }
 
+bool descendantOf(std::string_view path, std::string_view base, std::string_view& rest)
+{
+    if (path.size() <= base.size() + 1 || path[base.size()] != '\\') return false;
+    if (!prefstext::areEqual(path.substr(0, base.size()), base)) return false;
+    rest = path.substr(base.size() + 1);
+    return true;
+}
+
 StringC withoutTrailingBackslashes(const StringC& path)
 {
     std::string_view bytes = bytesOf(path);

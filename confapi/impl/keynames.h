@@ -27,6 +27,9 @@ bool isStorableKey(std::string_view name);
 bool isStorableValueName(std::string_view name);
 bool isStorableValue(std::string_view value);
 
+// Whether `path` lies below `base`; `rest` is then what follows behind the backslash.
+bool descendantOf(std::string_view path, std::string_view base, std::string_view& rest);
+
 StringC withoutTrailingBackslashes(const StringC& path);
 std::vector<StringC> partsOf(const StringC& path);   // without the empty ones
 StringC joined(const std::vector<StringC>& parts, size_t count);

@@ -21,7 +21,7 @@ void SectionTreeC::clear()
 {
     m_nodes.clear();
     m_edges.clear();
-    m_isBuilt = false;
+    m_isBuilt = m_isInOrder = false;
 }
 
 void SectionTreeC::build(const PrefsC& prefs)
@@ -29,18 +29,32 @@ void SectionTreeC::build(const PrefsC& prefs)
     clear();
     m_nodes.emplace_back();
     for (const PrefsSectionElem* section = prefs.sections(); section != nullptr; section = section->ps_next_p) {
-        if (section->ps_dirty != SEC_REMOVE && section->ps_name_p != nullptr) add(section->ps_name_p);
+        if (section->ps_dirty != SEC_REMOVE && section->ps_name_p != nullptr) count(section->ps_name_p, 1);
     }
-    m_isBuilt = true;
+    m_isBuilt = m_isInOrder = true;
 }
 
-void SectionTreeC::add(std::string_view name)
+void SectionTreeC::add(std::string_view name, bool isBack)
+{
+    if (!m_isBuilt) return;
+    count(name, 1);
+    if (isBack) m_isInOrder = false;
+}
+
+void SectionTreeC::remove(std::string_view name)
+{
+    if (!m_isBuilt) return;
+    count(name, -1U);
+    m_isInOrder = false;
+}
+
+void SectionTreeC::count(std::string_view name, unsigned change)
 {
     unsigned node = 0;
     for (bool isLast = false; !isLast;) {
         const std::string_view part = takePart(name, isLast);
         node = childNode(node, part);
-        if (!name.empty()) m_nodes[node].isAncestor = true;
+        if (!name.empty()) m_nodes[node].below += change;
     }
 }
 
@@ -69,7 +83,7 @@ const SectionTreeC::NodeT* SectionTreeC::find(std::string_view name) const
 bool SectionTreeC::isAncestor(std::string_view name) const
 {
     const NodeT* const node = find(name);
-    return node != nullptr && node->isAncestor;
+    return node != nullptr && node->below > 0;
 }
 
 const std::vector<StringC>* SectionTreeC::childrenOf(std::string_view name) const

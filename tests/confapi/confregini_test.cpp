@@ -30,6 +30,20 @@ const char TEXT[] = "; head\n"
                     "[Agent\\Other]\n"
                     "[Deep\\Down\\Below]\nx=1\n";
 
+// The names right below a key, a comma behind each.
+std::string keysOf(VendorRegistryC& registry, unsigned long handle)
+{
+    std::string names;
+    StringC name;
+    unsigned long index = 0;
+    while (registry.GetEnumeratedKey(handle, index, &name) == 0) {
+        names += std::string(name.utf8()) + ",";
+        ++index;
+    }
+    EXPECT_EQ(registry.GetEnumeratedKey(handle, index, &name), TVXERR_REGISTRY_NO_MORE_ITEMS);
+    return names;
+}
+
 TEST(ConfRegistryIni, answersWithTheNumbersOfItsHeader)
 {
     writeIni(TEXT);
@@ -189,16 +203,39 @@ TEST(ConfRegistryIni, enumeratesKeysOnceInTheOrderOfTheFile)
 {
     writeIni(std::string(TEXT) + "[Agent\\\\Odd]\n[Agent\\]\n[Ag]\n[Agents\\x]\n");
     VendorRegistryC registry;
-    unsigned long handle = 0;
-    ASSERT_EQ(registry.StartEnumerate(HKEY_LOCAL_MACHINE, VendorRegistryC::below("agent"), &handle), 0);
-    std::vector<std::string> names;
-    StringC name;
-    ErrorT result = 0;
-    while ((result = registry.GetEnumeratedKey(handle, names.size(), &name)) == 0) names.emplace_back(name.utf8());
-    EXPECT_EQ(result, TVXERR_REGISTRY_NO_MORE_ITEMS);
-    EXPECT_EQ(names, (std::vector<std::string>{"Schedule", "Other"}));
+    const unsigned long handle = registry.open(VendorRegistryC::below("agent"));
+    EXPECT_EQ(keysOf(registry, handle), "Schedule,Other,");
     EXPECT_EQ(registry.EndEnumerate(handle), 0);
+    StringC name;
     EXPECT_EQ(registry.GetEnumeratedKey(handle, 0, &name), TVXERR_REGISTRY_UNKNOWN_HANDLE);
+}
+
+TEST(ConfRegistryIni, followsKeysThatComeAndGo)
+{
+    writeIni("[A\\B\\C]\n[A\\X]\n[A\\B\\D]\n[E\\\\Odd]\nx=1\n");
+    VendorRegistryC registry;
+    registry.SetWriteThrough(false);
+    const unsigned long handle = registry.open(VendorRegistryC::below("A"));
+    const StringC itself;
+    EXPECT_EQ(keysOf(registry, handle), "B,X,");
+    EXPECT_EQ(registry.DeleteKey(handle, "B\\C", false), 0);
+    EXPECT_EQ(keysOf(registry, handle), "X,B,");   // as its first section stands behind
+    EXPECT_EQ(registry.CreateKey(handle, "New\\Key", nullptr), 0);
+    EXPECT_EQ(keysOf(registry, handle), "X,B,New,");
+    EXPECT_EQ(registry.CreateString(handle, "b\\c", "n", "1"), 0);
+    EXPECT_EQ(keysOf(registry, handle), "B,X,New,");
+    EXPECT_EQ(registry.DeleteKey(handle, "B", true), 0);
+    EXPECT_EQ(registry.DeleteKey(handle, "X", true), 0);
+    EXPECT_EQ(registry.DeleteKey(handle, itself, false), TVXERR_REGISTRY_NOT_EMPTY);
+    EXPECT_EQ(registry.DeleteKey(handle, "New\\Key", false), 0);
+    EXPECT_EQ(registry.DeleteKey(handle, "New", false), NOT_FOUND);
+    EXPECT_EQ(registry.DeleteKey(handle, itself, false), 0);
+
+    // No enumeration tells of a key below a name that is empty; it counts all the same.
+    const unsigned long above = registry.open(VendorRegistryC::below("E"));
+    EXPECT_EQ(keysOf(registry, above), "");
+    EXPECT_EQ(registry.DeleteKey(above, itself, false), TVXERR_REGISTRY_NOT_EMPTY);
+    EXPECT_EQ(registry.get("E\\\\Odd", "x"), "1");
 }
 
 // Texts are made once; none may outlive its value, and none that was handed out may change.
