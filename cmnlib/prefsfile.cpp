@@ -1,6 +1,7 @@
 #include "cmnlib/prefsfile.h"
 
 #include "cmnlib/copyfile.h"
+#include "cmnlib/prefstext.h"
 #include "cmnlib/syscall.h"
 #include "file/fileopen.h"
 #include "file/pathbytes.h"
@@ -8,7 +9,6 @@
 namespace {
 
 const mode_t PERMISSIONS = 07777;
-const std::string_view UTF16_MARKS[] = {"\xFF\xFE", "\xFE\xFF"};
 
 int statusOf(int result) { return result == 0 ? 0 : errno; }
 
@@ -46,10 +46,7 @@ int readWholeFile(const char* path, std::string& text, struct stat* info)
         if (held == text.size()) text.resize(2 * held);
     }
     text.resize(held);
-    for (const std::string_view mark : UTF16_MARKS) {
-        if (text.starts_with(mark)) return EILSEQ;
-    }
-    return 0;
+    return prefstext::hasUTF16Mark(text) ? EILSEQ : 0;
 }
 
 int overwriteFile(const char* path, std::string_view text)

@@ -34,7 +34,7 @@ public:
                 std::memmove(joined + size, line.data(), line.size());
                 size += line.size();
             }
-            isPending = m_continuation && countBackslashesAtEnd({joined, size}) % 2 != 0;
+            isPending = m_continuation && countBackslashesAtEnd(line) % 2 != 0;   // those in front of it are even
             if (isPending) {
                 --size;
             } else if (size != 0) {

@@ -147,7 +147,7 @@ void PrefsMergeC::findLaterBlocks()
 // Bytes that are no mark where they stand must not become one at the front.
 void PrefsMergeC::copyLine(std::string_view line)
 {
-    if (m_out.empty() && line.starts_with(prefstext::UTF8_MARK)) m_out.push_back('\n');
+    if (m_out.empty() && prefstext::hasMark(line)) m_out.push_back('\n');
     m_out.append(line).push_back('\n');
 }
 

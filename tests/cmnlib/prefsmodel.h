@@ -224,7 +224,9 @@ private:
     void write(const KeyT& key) { m_out += (key.name.empty() ? "" : key.name + "=") + key.value + "\n"; }
     void copy(const std::string& line, bool blankAfterwards)
     {
-        if (m_out.empty() && line.substr(0, 3) == "\xEF\xBB\xBF") m_out = "\n";
+        for (const char* mark : {"\xEF\xBB\xBF", "\xFF\xFE", "\xFE\xFF"}) {
+            if (m_out.empty() && line.starts_with(mark)) m_out = "\n";
+        }
         m_out += line + "\n";
         m_blank = blankAfterwards;
     }
