@@ -9,7 +9,7 @@
 namespace {
 
 const uint64_t HIGH_BITS = 0x8080808080808080;
-const uint64_t CASE_BITS = 0x2020202020202020;
+const uint64_t EACH_BYTE = 0x0101010101010101;
 const uint64_t MULTIPLIER = 0x9E3779B97F4A7C15;   // spreads what differs in a few bits
 const UCS4 NO_CHARACTER = 0x80000000;             // beyond all characters: a byte that belongs to none
 
@@ -36,16 +36,27 @@ uint64_t loadEnd(const char* text, size_t size)
     return size != 0 ? load<uint8_t>(text) : 0;
 }
 
-// The next character in lower case.
+// Eight bytes of ASCII with A to Z in lower case; something else when there are other bytes among them. The high bits
+// tell of each byte that it is at least "A", and that it is above "Z"; nothing is carried into the next byte.
+uint64_t lowerBytes(uint64_t word)
+{
+    const uint64_t fromA = word + EACH_BYTE * (0x80 - 'A');
+    const uint64_t aboveZ = word + EACH_BYTE * (0x80 - 'Z' - 1);
+    return word | (fromA & ~aboveZ & HIGH_BITS) >> 2;
+}
+
+// The next character in lower case. One that is written with more bytes than it takes is none.
 UCS4 foldedCharacter(std::string_view& text)
 {
     const UTF8T* p = reinterpret_cast<const UTF8T*>(text.data());
+    const UTF8T first = *p;
     const size_t size = UTF8Len(p);
     bool isWhole = size <= text.size() && (size > 1 || *p < 0x80);
     for (size_t i = 1; isWhole && i < size; ++i) isWhole = !UTF8Is1st(p[i]);
-    const UCS4 ch = isWhole ? UCS4ToLower(UTF8Get(p)) : NO_CHARACTER | *p;
+    const UCS4 ch = isWhole ? UTF8Get(p) : 0;
+    isWhole = isWhole && UTF8Len(ch) == size;
     text.remove_prefix(isWhole ? size : 1);
-    return ch;
+    return isWhole ? UCS4ToLower(ch) : NO_CHARACTER | first;
 }
 
 HashValT hashCharacters(std::string_view name)
@@ -62,17 +73,16 @@ char lowerASCII(char ch) { return ch >= 'A' && ch <= 'Z' ? static_cast<char>(ch 
 namespace prefstext {
 
 // A name of ASCII alone equals no other one: a character that folds into ASCII is longer than what it becomes, and
-// equal names have as many bytes as characters alike. So the two ways to a hash need not agree. The quick one takes
-// "@" and "`" for the same, which does no harm.
+// equal names have as many bytes as characters alike. So the two ways to a hash need not agree.
 HashValT hash(std::string_view name)
 {
     const uint64_t end = loadEnd(name.data(), name.size());
-    uint64_t hash = mixed(name.size(), end | CASE_BITS);
+    uint64_t hash = mixed(name.size(), lowerBytes(end));
     uint64_t all = end;
     for (size_t at = 0; at + 8 < name.size(); at += 8) {
         const uint64_t word = load<uint64_t>(name.data() + at);
         all |= word;
-        hash = mixed(hash, word | CASE_BITS);
+        hash = mixed(hash, lowerBytes(word));
     }
     return (all & HIGH_BITS) == 0 ? static_cast<HashValT>(hash) : hashCharacters(name);
 }

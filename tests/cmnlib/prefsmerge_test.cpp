@@ -122,6 +122,12 @@ TEST(PrefsText, namesAreEqualWhenTextsAreButForCase)
     EXPECT_FALSE(prefstext::areEqual("\xE9", "\xC9"));   // Latin-1 is no text
     EXPECT_TRUE(prefstext::areEqual("a\xE9Z", "A\xE9z"));
     EXPECT_EQ(prefstext::hash("a\xE9Z"), prefstext::hash("A\xE9z"));
+    EXPECT_FALSE(prefstext::areEqual("\xC1\x81", "\xC1\xA1"));   // "A" and "a" in two bytes are none
+    for (int byte = 0; byte < 0x80; ++byte) {                    // only letters may collide, or names could be made to
+        const std::string name(9, static_cast<char>(byte));
+        const std::string other(9, static_cast<char>(byte ^ 0x20));
+        EXPECT_EQ(prefstext::areEqual(name, other), prefstext::hash(name) == prefstext::hash(other)) << name;
+    }
 }
 
 TEST(PrefsMerge, putsChangesInTheirPlaces)
@@ -154,6 +160,8 @@ TEST(PrefsMerge, putsChangesInTheirPlaces)
          {set("s", "l", "\xE9")},
          "\xEF\xBB\xBF;\xE9\n[s]\nk=\xE9\nl=\xE9\n"},
         {"mark behind a line that goes", "[t\n\xEF\xBB\xBF[s]\nk=1\n", {}, "\n\xEF\xBB\xBF[s]\nk=1\n"},
+        {"another mark behind it", "[t\n\xFF\xFE[s]\n[s]\n", {}, "\n\xFF\xFE[s]\n[s]\n"},
+        {"another mark behind a mark", "\xEF\xBB\xBF\xFE\xFF[s]\n", {}, "\xEF\xBB\xBF\xFE\xFF[s]\n"},
         {"value alone", "[s]\n", {{ChangeT::BARE, "s", "", "x"}, {ChangeT::BARE, "s", "", "x"}}, "[s]\nx\nx\n"},
     };
     for (const auto& row : rows) {
