@@ -18,6 +18,13 @@ StringC decimalSeparator()
 // Rounded down, for a positive divisor.
 long floorDivide(long a, long b) { return a / b - (a % b < 0 ? 1 : 0); }
 
+// What a count has beyond its last full second.
+long fractionOf(long count)
+{
+    const long rest = count % IntervalC::SECOND;
+    return rest < 0 ? rest + IntervalC::SECOND : rest;
+}
+
 long wrappingMultiply(long a, long b)
 {
     return static_cast<long>(static_cast<unsigned long>(a) * static_cast<unsigned long>(b));
@@ -78,8 +85,7 @@ char* putFraction(char* at, long count, int digits)
 {
     const long DIVISORS[] = {100000000, 10000000, 1000000, 100000, 10000, 1000, 100, 10};
     const long divisor = DIVISORS[digits];
-    const long fraction = count - floorDivide(count, IntervalC::SECOND) * IntervalC::SECOND;
-    return putNumber(at, (fraction + divisor / 2) / divisor, digits);
+    return putNumber(at, (fractionOf(count) + divisor / 2) / divisor, digits);
 }
 
 }   // namespace
@@ -98,11 +104,7 @@ IntervalC IntervalC::fromTimeVal(const timeval& time) noexcept
 
 time_t IntervalC::asTime_t() const noexcept { return floorDivide(interval, SECOND) - START_OF_1970 / SECOND; }
 
-timeval IntervalC::asTimeVal() const noexcept
-{
-    const long fraction = interval - floorDivide(interval, SECOND) * SECOND;
-    return {asTime_t(), fraction / (SECOND / 1000000)};
-}
+timeval IntervalC::asTimeVal() const noexcept { return {asTime_t(), fractionOf(interval) / (SECOND / 1000000)}; }
 
 // ---- times ------------------------------------------------------------------------------------------
 

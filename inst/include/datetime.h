@@ -193,8 +193,9 @@ inline int ltodate(long n, YMDDateT& out) noexcept
     long cycles = 0;
     if (__builtin_expect(days >= SMALL, 0)) {
         const long signedDays = static_cast<long>(days);
-        cycles = signedDays / CYCLE - (signedDays % CYCLE < 0 ? 1 : 0);
-        days -= static_cast<unsigned long>(cycles * CYCLE);
+        const long rest = signedDays % CYCLE;
+        cycles = signedDays / CYCLE - (rest < 0 ? 1 : 0);
+        days = static_cast<unsigned long>(rest < 0 ? rest + CYCLE : rest);
     }
     const unsigned quarters = static_cast<unsigned>(days) * 4 + 3;
     const unsigned century = quarters / 146097;

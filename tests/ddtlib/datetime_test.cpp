@@ -134,6 +134,7 @@ TEST(Interval, wrapsAndRoundsDown)
     EXPECT_EQ(before1970.asTime_t(), -1);
     EXPECT_EQ(before1970.asTimeVal().tv_usec, 499999);
     EXPECT_EQ(least.asTime_t(), -92233720369 - 62135683200);
+    EXPECT_EQ(least.asTimeVal().tv_usec, 452241);
     EXPECT_EQ(IntervalC::fromTimeVal({-1, 500000}).get(), 6213568319950000000);
     EXPECT_EQ(IntervalC::fromTime_t(LONG_MAX).get(), 6213568320000000000 - 100000000);
 }
@@ -164,6 +165,7 @@ TEST(DateTime, countsAndFieldsAgree)
     filled.prepareYMDHMS();
     EXPECT_EQ(fieldsOf(filled), "0000-12-30 23:59:59 6");
     EXPECT_EQ(fieldsOf(atUnits(LONG_MIN)), "-2922-03-25 02:07:11 1");
+    EXPECT_EQ(atUnits(LONG_MIN).toString(8 | 7).utf8(), std::string("-2922-03-25T02:07:114522419Z"));
     EXPECT_EQ(fieldsOf(atUnits(LONG_MAX)), "2923-10-08 21:52:48 5");
     EXPECT_EQ(filled.TimeOfDay().Interval().get(), 8640000000000 - 1);
     EXPECT_EQ(atUnits(LONG_MIN, true).TimeOfDay().toString(8).utf8(), std::string("02:07:11"));
