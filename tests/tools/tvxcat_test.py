@@ -58,6 +58,7 @@ class SourcesTest(Tvxcat):
                     (203, 18, "end\xE9".encode())]
         self.assertEqual(self.built(first, second), catalog_of(messages))
         self.assertEqual(self.built(""), catalog_of([]))
+        self.assertEqual(self.built('$quote "\n1 ""\n$solution "S"\n'), catalog_of([(0, 1, b"{e}\1\1S")]))
 
     def test_variants_follow_each_other(self):
         source = "1 {w} P\n$reason R\n$variant short\n$problem {i}p\n$variant\n$problem {} q\n$solution s\n"
@@ -138,6 +139,7 @@ class SourcesTest(Tvxcat):
 class CatalogsTest(Tvxcat):
     def test_dump_is_a_source_of_the_same_bytes(self):
         texts = [b"", b"x", b"{w} a \"q\"\\ \n\t\x7F\xC3\xA9", b"a\1b", b"a\1b\1c", b"a\1\1", b"a\1b\1c\1d", b"\1",
+                 b"{e}\1R\1S", b"\1R\1S",
                  b"\1\1{e}\1P\1R\1S", b"\1\1{e}\1P\1R\1S\1s\1{i}\1p\1r\1t", b"\1\1{e}x\1P\1R\1S\1s\1e\1p\1r\1t",
                  b"\1n\1{e}\1P\1R\1S\1\1{i}\1p\1r\1t", b"\1\1{e}\1P\1R\1S\1s\1{i}\1p", b"\xC3\xA9\xA9\xFF\x00" + b"1",
                  bytes(range(256)) * 255]

@@ -108,6 +108,7 @@ TextT textOf(const std::vector<VariantT>& variants)
         return text;
     }
     const VariantT& only = variants.front();
+    if (only.problem.bytes.empty() && (only.reason || only.solution)) text.add("{e}", only.offset);   // no variants
     text.add(only.problem);
     if (only.reason || only.solution) addField(text, only.reason, only.offset);
     if (only.solution) addField(text, only.solution, only.offset);
