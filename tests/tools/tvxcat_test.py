@@ -115,15 +115,18 @@ class SourcesTest(Tvxcat):
         self.run_program("lint", "clean.msg", "--against", "broken.msg", status=3)
 
     def test_lint_compares_arguments(self):
-        self.file("en.msg", "1 %S in %d of %5.*x: %p%%%D\n2 %t %c\n3 %*2$d %s\n4 a\n6 %1$s %2$*d\n7 %d\n")
+        self.file("en.msg", "1 %s in %d of %5.*x: %p%%%D\n2 %t %c\n3 %*2$d %s\n4 a\n6 %1$s %2$*d\n7 %d\n"
+                  "8 %1$S\n9 %S\n10 %1$d %1$d %1$c\n")
         self.file("de.msg", "1 %2$ld %1$-8s %3$u %4$o %5$p\n2 %s\n3 %s %i\n4 a\n$reason %b\n5 %d\n"
-                  "6 %1$s %3$*2$d\n7 %*10$d\n")
+                  "6 %1$s %3$*2$d\n7 %*10$d\n8 %1$S %1$d\n9 %s\n10 %1$c %1$x\n11 %d\n")
         out, _ = self.run_program("lint", "de.msg", "--against", "en.msg", status=1)
         self.assertEqual(out.splitlines(), [
             "de.msg:2:3: argument 1 is a text here, but a time in en.msg:2",
             "de.msg:2:3: argument 2, a character in en.msg:2, is not used here",
             "de.msg:3:3: argument 1 is a text here, but a number in en.msg:3",
             "de.msg:5:9: argument 1 is a number here, but not used in en.msg:4",
+            "de.msg:9:8: argument 1 is a number here, but a string in en.msg:7",
+            "de.msg:10:3: argument 1 is a text here, but a string in en.msg:8",
         ])
 
     def test_header_names_the_numbers(self):

@@ -88,7 +88,7 @@ struct WantedT {
     std::string kind;
     size_t at;   // the directive's place in the text
 };
-typedef std::map<long, WantedT> WantedByPositionT;
+typedef std::multimap<long, WantedT> WantedByPositionT;
 
 // Reads the directives of a format (stringc.h).
 class DirectivesC {
@@ -140,12 +140,14 @@ private:
     long m_next = 1;
 };
 
+// Any argument of a kind will do for its directives. A string may be more than a text: a character, say.
 const char* kindOf(char conversion)
 {
     static const struct {
         const char* conversions;
         const char* kind;
-    } KINDS[] = {{"diuoxXb", "number"}, {"cC", "character"}, {"sS", "text"}, {"p", "pointer"}, {"t", "time"}};
+    } KINDS[] = {{"diuoxXb", "number"}, {"cC", "character"}, {"s", "text"},
+                 {"S", "string"},       {"p", "pointer"},    {"t", "time"}};
     for (const auto& row : KINDS) {
         if (conversion != 0 && std::string_view(row.conversions).find(conversion) != std::string_view::npos)
             return row.kind;
@@ -191,14 +193,17 @@ void compareDirectives(const CatalogSourceC& source, const SourceMessageT& messa
     for (const FieldT& format : formatsOf(message)) {
         const WantedByPositionT found = DirectivesC(format.text, format.begin).wanted;
         for (const auto& [position, wanted] : found) {
-            const auto other = expected.find(position);
-            if (other != expected.end() && other->second.kind == wanted.kind) continue;
-            findings.push_back(source.findingAt(
-                originOf(message, wanted.at),
-                "argument " + std::to_string(position) + " is a " + wanted.kind + " here, but " +
-                    (other != expected.end() ? "a " + other->second.kind : "not used") + " in " + where));
+            const auto [first, last] = expected.equal_range(position);
+            if (std::any_of(first, last,
+                            [&kind = wanted.kind](const auto& other) { return other.second.kind == kind; }))
+                continue;
+            findings.push_back(
+                source.findingAt(originOf(message, wanted.at),
+                                 "argument " + std::to_string(position) + " is a " + wanted.kind + " here, but " +
+                                     (first != last ? "a " + first->second.kind : "not used") + " in " + where));
         }
-        for (const auto& [position, wanted] : expected) {
+        for (auto at = expected.begin(); at != expected.end(); at = expected.upper_bound(at->first)) {
+            const auto& [position, wanted] = *at;
             if (found.count(position) != 0) continue;
             findings.push_back(source.findingAt(originOf(message, format.begin),
                                                 "argument " + std::to_string(position) + ", a " + wanted.kind + " in " +
