@@ -9,6 +9,7 @@
 namespace {
 
 const mode_t PERMISSIONS = 07777;
+const size_t LARGEST_FILE = size_t{64} << 20;   // above it a mistake, not settings
 
 int statusOf(int result) { return result == 0 ? 0 : errno; }
 
@@ -37,12 +38,14 @@ int readWholeFile(const char* path, std::string& text, struct stat* info)
     if (!file.isOpen() || ::fstat(file.fd(), info) != 0) return errno;
     if (!S_ISREG(info->st_mode)) return S_ISDIR(info->st_mode) ? EISDIR : EINVAL;
     size_t held = 0;
+    if (info->st_size > static_cast<off_t>(LARGEST_FILE)) return EFBIG;
     text.resize(static_cast<size_t>(info->st_size) + 1);   // a byte more than there is shows the end
     for (;;) {
         const ssize_t n = retryOnEintr([&] { return ::read(file.fd(), text.data() + held, text.size() - held); });
         if (n < 0) return errno;
         if (n == 0) break;
         held += static_cast<size_t>(n);
+        if (held > LARGEST_FILE) return EFBIG;
         if (held == text.size()) text.resize(2 * held);
     }
     text.resize(held);
@@ -51,6 +54,7 @@ int readWholeFile(const char* path, std::string& text, struct stat* info)
 
 int overwriteFile(const char* path, std::string_view text)
 {
+    if (text.size() > LARGEST_FILE) return EFBIG;
     FdOwnerC file;
     const OpeningT opening = {FileStreamC::FMODE_CREATE, FileStreamC::FACCESS_WRITE, FileStreamC::SHARE_NONE, false, 0};
     int failure = openPlainly(textOf(path), opening, file);
@@ -61,6 +65,7 @@ int overwriteFile(const char* path, std::string_view text)
 
 int writeNewFile(const char* path, std::string_view text, const struct stat* like)
 {
+    if (text.size() > LARGEST_FILE) return EFBIG;
     FdOwnerC file(openFd(path, O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW, like != nullptr ? 0600 : 0666));
     if (!file.isOpen()) return errno;
     int failure = complete(file.fd(), text, like);

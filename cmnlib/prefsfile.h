@@ -12,7 +12,7 @@
 #include <sys/stat.h>
 
 // Reads a file to its end. `info` (may be null) gets what the system knew about it before. What is no regular file is
-// EINVAL or EISDIR, and never waited for; UTF-16 is EILSEQ.
+// EINVAL or EISDIR, and never waited for; UTF-16 is EILSEQ; more than 64 MiB are EFBIG, and not written either.
 int readWholeFile(const char* path, std::string& text, struct stat* info = nullptr);
 
 // Empties a file, or makes it, and writes it in place. One that another process holds locked is EAGAIN.

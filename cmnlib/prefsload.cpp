@@ -5,6 +5,8 @@
 #include "cmnlib/prefsstore.h"
 #include "errorapi.h"
 
+#include <cerrno>
+
 namespace {
 
 size_t countBackslashesAtEnd(std::string_view text)
@@ -106,8 +108,9 @@ bool PrefsC::Load(const char* filename_p, bool exit_on_parse_error, bool continu
 {
     if (filename_p == nullptr || *filename_p == '\0') return false;
     if (!TVX_CHECK(filename_p != CurrentFileName_p.get(), "filename_p != CurrentFileName_p")) return false;
-    const AutoRollbackErrorCheckpointC checkpoint;
     std::string text;
-    if (readWholeFile(filename_p, text) != 0) return false;
+    errno = readWholeFile(filename_p, text);
+    if (errno != 0) return false;
+    const AutoRollbackErrorCheckpointC checkpoint;   // of what an override of SetAttr meets
     return PrefsBytesC::load(*this, std::move(text), filename_p, exit_on_parse_error, continuation);
 }

@@ -13,7 +13,7 @@
 // name, gives a file that reads back as something else.
 //
 // What is no regular file, like a pipe, is not read, nor is UTF-16, told by the mark in front: its bytes are no lines,
-// and a merge would destroy it.
+// and a merge would destroy it. Nor are files of more than 64 MiB, which are not written either.
 //
 // Names are compared without regard to case: that of all characters where a name is UTF-8 (as StringC::equalCI
 // does), that of A to Z in any case. A null or empty section or key name makes every call that takes one fail.
@@ -145,7 +145,8 @@ public:
     // Reads a file in place of what is held. An invalid line is left out; with `exit_on_parse_error` it ends the
     // loading with false and an empty object. With `continuation` a line that ends with an odd number of
     // backslashes goes on, without the last of them, in the next line. False with everything as it was when there
-    // is no name, the file cannot be opened and read to its end, or it is none to be read (see above). Takes no lock.
+    // is no name, the file cannot be opened and read to its end, or it is none to be read (see above); errno tells
+    // why not: of those not to be read EINVAL or EISDIR, EILSEQ for UTF-16, EFBIG. Takes no lock.
     // Requires: not the object's own name ("filename_p != CurrentFileName_p"). Otherwise: false.
     [[nodiscard]] bool Load(const char* filename_p, bool exit_on_parse_error = false, bool continuation = false);
 

@@ -9,6 +9,8 @@
 
 #include <gtest/gtest.h>
 
+#include <cerrno>
+#include <filesystem>
 #include <sys/stat.h>
 
 namespace {
@@ -88,6 +90,13 @@ TEST(PrefsLoad, failureLeavesThingsAsTheyWere)
     EXPECT_FALSE(prefs.Load("."));
     ASSERT_EQ(mkfifo("pipe.ini", 0600), 0);
     EXPECT_FALSE(prefs.Load("pipe.ini"));
+    EXPECT_EQ(errno, EINVAL);
+    writeFile("large.ini", "[s]\n");
+    std::filesystem::resize_file("large.ini", (64 << 20) + 1);   // most of it a hole
+    EXPECT_FALSE(prefs.Load("large.ini"));
+    EXPECT_EQ(errno, EFBIG);
+    EXPECT_FALSE(prefs.Save("large.ini", true));
+    std::filesystem::remove("large.ini");
     for (const std::string& text : {"\xFF\xFE[\0s\0]\0\r\0\n\0"s, "\xFE\xFF\0[\0s\0]\0\r\0\n"s}) {   // UTF-16
         writeFile("utf16.ini", text);
         EXPECT_FALSE(prefs.Load("utf16.ini"));
