@@ -33,7 +33,7 @@ class Tvxreg(unittest.TestCase):
         self.addCleanup(directory.cleanup)
         self.directory = pathlib.Path(directory.name)
         self.file("a.ini", INI)
-        self.environment = dict(os.environ, TVXREG_MOUNTS=self.file("mounts", "# all\nHKLM/SOFTWARE/Vendor=a.ini\n"))
+        self.environment = dict(os.environ, TVXREG_MOUNTS=self.file("mounts", "\uFEFF# all\nHKLM/SOFTWARE/Vendor=a.ini\n"))
 
     def run_program(self, *arguments, status=0, text=None):
         result = subprocess.run([PROGRAM, *arguments], capture_output=True, check=False, cwd=self.directory,
@@ -156,6 +156,14 @@ class ChangingTest(Tvxreg):
         for change in ("set {}\\a x 9", "del {}\\a x", "del {}\\a -r", "del {}\\a\\c\\"):
             batch = f"set '{BASE}\\b' z 2\n" + change.format(BASE) + "\n"
             self.assertUnchanged("batch", "-", text=batch.encode(), status=4)
+        # What follows a header without a name is a load's section, but no merge's.
+        for header in ("[]", " [ ]", "[\0]"):
+            self.file("a.ini", f"[z]\nq=1\n[a]\nx=1\n{header}\nb=2\n")
+            for change in ("set {}\\a b 9", "set {}\\c k 1", "del {}\\a -r"):
+                self.assertUnchanged("batch", "-", text=change.format(BASE).encode(), status=4)
+        self.file("a.ini", "[a\0 ]\nx=1\n")
+        self.run_program("set", BASE + "\\a", "x", "2")
+        self.assertUnchanged("batch", "-", text=f"set {BASE}\\a x 3\nset {BASE}\\a\\ x 4".encode(), status=4)   # one key
         self.file("a.ini", "[b]\n".encode("utf-16"))
         os.mkfifo(self.directory / "pipe")
         self.assertUnchanged("set", BASE + "\\b", "x", "1", status=3)
@@ -244,11 +252,12 @@ class CheckTest(Tvxreg):
         self.run_program("check", "good.ini", "missing.ini", status=3)
 
     def test_tells_of_every_line_that_a_change_drops(self):
-        self.file("a.ini", self.CONTENT)
+        content = self.CONTENT.replace(b"[]\n", b";\n")   # which would keep the file from being changed
+        self.file("a.ini", content)
         told = {line for line, _, _ in self.FOUND}
         self.run_program("set", BASE + "\\new", "k", "v")
         kept = self.content().splitlines()
-        dropped = {number for number, line in enumerate(self.CONTENT.splitlines(), 1) if line not in kept}
+        dropped = {number for number, line in enumerate(content.splitlines(), 1) if line not in kept}
         self.assertEqual(dropped - told, set())
         self.assertEqual(dropped, {7, 10, 12})
 

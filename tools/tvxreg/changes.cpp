@@ -58,7 +58,8 @@ private:
     bool isThere(const SectionChangeT& made, const std::string& name) const;
     int refuseUnmergeable() const;
     bool isDone(const SectionChangeT& made) const;
-    int verify() const;
+    const ChangeT* findUndone() const;
+    int failedChange(const ChangeT& change, const char* why) const;
     int failedSave(int reason) const;
 
     const MountT& m_mount;
@@ -80,34 +81,43 @@ int FileChangesC::load() const
 }
 
 // When the file has changed on disk the registry reads it again, once in a second of the clock, and drops what has
-// not been saved: what took longer than that second is made once more.
+// not been saved: what took longer than that second is made once more. A change can undo another one where names are
+// the same in the end, as "a\\" is "a" when there is no section of the longer name.
 int FileChangesC::make()
 {
     std::time_t second = std::time(nullptr);
     int status = load();
+    const ChangeT* undone = nullptr;
     for (int round = 0; round < ROUNDS && status == STATUS_DONE; ++round) {
         status = makeAll(round == 0);
+        undone = findUndone();
         if (std::time(nullptr) == second) break;
         second = std::time(nullptr);
     }
+    if (status == STATUS_DONE && undone != nullptr) return failedChange(*undone, "is undone by another one");
     return status == STATUS_DONE ? refuseUnmergeable() : status;
 }
 
-// A load finds the section of a header like "[ a ]", and a merge does not: it would save half of the change.
+// A load finds the section of a header like "[ a ]", and a merge does not: it would save half of the change. One like
+// "[]" keeps what follows it from moving with its section.
 int FileChangesC::refuseUnmergeable() const
 {
     std::string content;
-    if (!readFile(m_mount.file, content)) return STATUS_DONE;   // there is none
+    if (!readFile(m_mount.file, content)) {
+        return errno == ENOENT ? STATUS_DONE : failed(STATUS_UNREADABLE, m_mount.file, std::strerror(errno));
+    }
+    const auto refuse = [this](const IniLinesC& lines, const char* why) {
+        return failed(STATUS_UNWRITABLE, m_mount.file + ":" + std::to_string(lines.number()), why);
+    };
     for (IniLinesC lines(content); lines.next();) {
+        if (lines.isNameless()) return refuse(lines, "a header without a name keeps the file from being changed");
         if (lines.kind() != IniLinesC::HEADER || !lines.hasBlanksInBrackets()) continue;
         for (const SectionChangeT& made : m_changes) {
             const std::string_view key =
                 std::string_view(made.section).substr(0, made.section.find_last_not_of('\\') + 1);
             const bool isMeant = made.change->kind == ChangeT::DELETE_TREE ? isAtOrAbove(key, lines.section())
                                                                            : areEqualNames(key, lines.section());
-            if (!isMeant) continue;
-            return failed(STATUS_UNWRITABLE, m_mount.file + ":" + std::to_string(lines.number()),
-                          "blanks inside the brackets keep the section from being changed");
+            if (isMeant) return refuse(lines, "blanks inside the brackets keep the section from being changed");
         }
     }
     return STATUS_DONE;
@@ -163,7 +173,14 @@ int FileChangesC::save()
 {
     errno = 0;
     if (registry()->SetWriteThrough(true) != 0) return failedSave(errno);
-    return verify();
+    const ChangeT* const undone = findUndone();
+    if (undone == nullptr) return STATUS_DONE;
+    return failedChange(*undone, "had no effect: another process has undone it, or see what check finds");
+}
+
+int FileChangesC::failedChange(const ChangeT& change, const char* why) const
+{
+    return failed(STATUS_UNWRITABLE, m_mount.file, "the change of " + change.key + " " + change.name + " " + why);
 }
 
 int FileChangesC::failedSave(int reason) const
@@ -184,8 +201,8 @@ bool FileChangesC::isDone(const SectionChangeT& made) const
     return result == 0 && value == change.value + '\0';
 }
 
-// What has not been changed again by a later change: behind a header like "[ a ]" values are read, but not deleted.
-int FileChangesC::verify() const
+// A change that is not in force, and has not been replaced by a later one; null when there is none.
+const ChangeT* FileChangesC::findUndone() const
 {
     NameNumbersC later;
     for (size_t i = m_changes.size(); i-- > 0;) {
@@ -193,15 +210,11 @@ int FileChangesC::verify() const
         const ChangeT& change = *made.change;
         const bool isOfKey = change.kind == ChangeT::DELETE_KEY || change.kind == ChangeT::DELETE_TREE;
         const bool isLast = isOfKey ? i + 1 == m_changes.size() : later.get(made.section, change.name) < 0;
-        if (isLast && !isDone(made)) {
-            return failed(STATUS_UNWRITABLE, m_mount.file,
-                          "the change of " + change.key + " " + change.name +
-                              " had no effect: another process has undone it, or see what check finds");
-        }
-        if (isOfKey) return STATUS_DONE;
+        if (isLast && !isDone(made)) return &change;
+        if (isOfKey) return nullptr;
         later.set(made.section, change.name, 0);
     }
-    return STATUS_DONE;
+    return nullptr;
 }
 
 // Whoever saves a file holds it for milliseconds, so it comes free again and again unless it is kept.

@@ -96,6 +96,11 @@ std::string_view trimmed(std::string_view text)
     return text.substr(0, text.find_last_not_of(WHITE) + 1);
 }
 
+std::string_view withoutMark(std::string_view content)
+{
+    return content.substr(content.starts_with(UTF8_MARK) ? UTF8_MARK.size() : 0);
+}
+
 bool nextLine(std::string_view& rest, std::string_view& line)
 {
     if (rest.empty()) return false;
@@ -108,15 +113,11 @@ bool nextLine(std::string_view& rest, std::string_view& line)
 
 // ---- lines --------------------------------------------------------------------------------------------
 
-IniLinesC::IniLinesC(std::string_view content) : m_rest(content)
-{
-    if (m_rest.substr(0, UTF8_MARK.size()) == UTF8_MARK) m_rest.remove_prefix(UTF8_MARK.size());
-}
-
 bool IniLinesC::next()
 {
     if (!nextLine(m_rest, m_text)) return false;
     ++m_number;
+    m_isNameless = false;
     const std::string_view line = trimmed(m_text);
     m_column = static_cast<size_t>(line.data() - m_text.data()) + 1;
     if (line.empty() || line[0] == ';') {
@@ -138,10 +139,11 @@ IniLinesC::KindT IniLinesC::readHeader(std::string_view line)
 {
     const size_t close = line.find(']');
     if (close == std::string_view::npos) return invalid("the header has no ]", line.size());
-    const std::string_view whole = line.substr(1, close - 1);
-    const std::string_view name = trimmed(upToNul(whole));
-    if (name.empty()) return invalid("the header has no name", 0);
-    m_hasBlanksInBrackets = trimmed(whole) != whole;
+    const std::string_view whole = upToNul(line.substr(1, close - 1));
+    const std::string_view name = trimmed(whole);
+    m_isNameless = name.empty();
+    if (m_isNameless) return invalid("the header has no name", 0);
+    m_hasBlanksInBrackets = name != whole;
     m_section = name;
     return HEADER;
 }

@@ -13,6 +13,9 @@
 // Without the white space around it.
 std::string_view trimmed(std::string_view text);
 
+// Without the UTF-8 mark in front.
+std::string_view withoutMark(std::string_view content);
+
 // Takes the next line, which ends with "\n", "\r\n" or "\r", out of `rest`. False when there is none left.
 bool nextLine(std::string_view& rest, std::string_view& line);
 
@@ -20,7 +23,7 @@ class IniLinesC {
 public:
     enum KindT { NOTHING, HEADER, VALUE, INVALID };   // NOTHING: a comment, or an empty line
 
-    explicit IniLinesC(std::string_view content);
+    explicit IniLinesC(std::string_view content) : m_rest(withoutMark(content)) {}
 
     // Goes to the next line. False when there is none left.
     bool next();
@@ -33,6 +36,8 @@ public:
     const std::string& key() const { return m_key; }
     // Of a HEADER: a merge takes it for that of another section.
     bool hasBlanksInBrackets() const { return m_hasBlanksInBrackets; }
+    // Of an INVALID line: a header without a name. A load stays in the section, and a merge takes it for another one.
+    bool isNameless() const { return m_isNameless; }
     // What is wrong with an INVALID line.
     const char* fault() const { return m_fault; }
     // Where, in bytes from 1; in another line, its first character that is not white.
@@ -49,6 +54,7 @@ private:
     KindT m_kind = NOTHING;
     std::string m_section;
     bool m_hasBlanksInBrackets = false;
+    bool m_isNameless = false;
     std::string m_key;
     const char* m_fault = "";
     size_t m_column = 1;

@@ -12,7 +12,6 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
-#include <sys/stat.h>
 
 namespace {
 
@@ -97,7 +96,7 @@ int MountsC::addFile(const std::string& path)
     std::string content;
     if (!readFile(path, content)) return failed(STATUS_UNREADABLE, path, std::strerror(errno));
     const std::string folder = path.substr(0, path.rfind('/') + 1);
-    std::string_view rest = content;
+    std::string_view rest = withoutMark(content);
     std::string_view line;
     for (size_t number = 1; nextLine(rest, line); ++number) {
         const std::string text(trimmed(line));
@@ -122,14 +121,8 @@ const MountT* MountsC::holderOf(std::string_view key, std::string& section) cons
 
 int loadFile(const std::string& path, PrefsC& contents)
 {
-    std::string text;
-    if (contents.Load(path.c_str())) return STATUS_DONE;
-    struct stat info;
-    const bool isPlain = ::stat(path.c_str(), &info) != 0 || S_ISREG(info.st_mode);
-    if (!isPlain) return failed(STATUS_UNREADABLE, path, "not a regular file");
-    errno = EILSEQ;   // it can be read, and is UTF-16
-    if (!readFile(path, text) && errno == ENOENT) return STATUS_DONE;
-    return failed(STATUS_UNREADABLE, path, std::strerror(errno));
+    if (contents.Load(path.c_str()) || errno == ENOENT) return STATUS_DONE;
+    return failed(STATUS_UNREADABLE, path, errno == EINVAL ? "not a regular file" : std::strerror(errno));
 }
 
 void settleSection(const PrefsC& contents, std::string& section)
