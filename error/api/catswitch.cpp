@@ -2,6 +2,7 @@
 
 #include "cmnlib/neverdestroyed.h"
 #include "error/api/catalogcell.h"
+#include "error/api/installpath.h"
 #include "error/api/messagetext.h"
 #include "localei.h"
 #include "tracesite.h"
@@ -47,9 +48,9 @@ private:
 };
 
 // The way to the install directory leads through the registry, which may report errors: those go without the
-// catalog that they would otherwise wait for. The registry itself refuses to be asked from its own middle and from a
-// consumer of the tracer, and the directory is unknown then. As long as there is no catalog at all every thread looks
-// for one, so that no message goes without; later one thread asks for all of them.
+// catalog that they would otherwise wait for, and so do those out of the middle of the registry and of consumers of the
+// tracer, who cannot ask it. As long as there is no catalog at all every other thread looks for one, so that no message
+// goes without; later one thread asks for all of them.
 void openModuleCatalog(long due)
 {
     static thread_local bool isOpening = false;
@@ -59,8 +60,8 @@ void openModuleCatalog(long due)
     if (isModuleOver) return;   // asked behind `before`, which may be what was put there for good
     if (before != nullptr && !askAt.compare_exchange_strong(due, now() + ASK_AGAIN_MS)) return;
 
-    const StringC folder = GetRegInstallPath();
-    if (before != nullptr && folder.isEmpty()) return;
+    StringC folder;
+    if (!findInstallPath(folder) || (before != nullptr && folder.isEmpty())) return;
     auto opened = std::make_unique<ErrCatalogC>(folder + StringC(MODULE_CATALOG));
     const bool isSettled = !folder.isEmpty() || opened->isOpen();
     const ErrCatalogC* const mine = opened.get();

@@ -1,12 +1,22 @@
+#include "error/api/installpath.h"
+
 #include "configuration.h"
 #include "confregistry.h"
 #include "errcatalog.h"
 #include "tvxcmn.h"
 
+bool findInstallPath(StringC& folder)
+{
+    StringC product;
+    const ErrorT failure = getConfiguration(2)->registry()->ReadString(
+        HKEY_LOCAL_MACHINE, "SOFTWARE\\Corvantage Corp\\Corvantage", "InstallDir", &product);
+    folder = failure == 0 ? product + StringC("/lib/") : StringC();
+    return failure != TVXERR_REGISTRY_FAILURE;
+}
+
 StringC GetRegInstallPath()
 {
     StringC folder;
-    const ErrorT failure = getConfiguration(2)->registry()->ReadString(
-        HKEY_LOCAL_MACHINE, "SOFTWARE\\Corvantage Corp\\Corvantage", "InstallDir", &folder);
-    return failure == 0 ? folder + StringC("/lib/") : StringC();
+    findInstallPath(folder);
+    return folder;
 }

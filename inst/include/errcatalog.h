@@ -36,7 +36,8 @@ public:
 // What looks texts up in all catalogs, one after the other. Never null. Opens the module's catalog if that has not
 // been done. While the install directory is not known, "allcat.%L.cat" is looked for in the current directory
 // instead; if it is not there, the install directory is asked for again, once a second at most. A call that comes
-// while the same thread is opening the catalog goes without it.
+// while the same thread is opening the catalog, or from where the registry cannot be asked (the registry itself, a
+// consumer of the tracer), goes without it.
 ErrCatalogI* ErrGetCat();
 
 // Opens the process's catalog of that name, in the locale that the process has now; null and "" close it. 0, also

@@ -203,13 +203,14 @@ void install()
     writeFile("install.ini", "[Corvantage]\nInstallDir=" + std::filesystem::current_path().string() + "\n");
 }
 
-bool isFoundOnceTheDirectoryIsKnown()
+bool isInstalled()
 {
-    const bool wasUnknown = message(DISK) == "2default" && GetRegInstallPath().isEmpty();
-    ConfRegistryI& registry = *getConfiguration(2)->registry();
-    const ErrorT failure = registry.AddIniFile("install.ini", "HKLM", "SOFTWARE\\Corvantage Corp");
-    usleep(1100000);
-    // A consumer must not wait for the registry.
+    return getConfiguration(2)->registry()->AddIniFile("install.ini", "HKLM", "SOFTWARE\\Corvantage Corp") == 0;
+}
+
+// The text in a consumer of the tracer, who must not wait for the registry.
+std::string messageInDelivery()
+{
     RecordingConsumerC consumer;
     std::string inDelivery;
     consumer.onMessage = [&inDelivery](const char*) { inDelivery = message(DISK); };
@@ -217,14 +218,26 @@ bool isFoundOnceTheDirectoryIsKnown()
     getTraceController(2)->enable(&consumer, "some");
     const unsigned* net = nullptr;
     getTracer(2)->trace("some", &net, "x", ArgListC());
+    getTraceController(2)->unregisterConsumer(&consumer);
+    return inDelivery;
+}
+
+bool isFoundOnceTheDirectoryIsKnown()
+{
+    const bool wasUnknown = message(DISK) == "2default" && GetRegInstallPath().isEmpty() && isInstalled();
     usleep(1100000);
-    return wasUnknown && failure == 0 && inDelivery == "2default" && message(DISK) == "4the installed one's";
+    const std::string inDelivery = messageInDelivery();
+    usleep(1100000);
+    return wasUnknown && inDelivery == "2default" && message(DISK) == "4the installed one's";
 }
 
 TEST(ModuleCatalogDeathTest, isFoundOnceTheInstallDirectoryIsKnown)
 {
     install();
     EXPECT_IN_NEW_PROCESS(isFoundOnceTheDirectoryIsKnown());
+    writeFile(MODULE_FILE, catalogBytes({{0x1B2, 5, "another one's"}}));
+    EXPECT_IN_NEW_PROCESS(isInstalled() && messageInDelivery() == "2default" &&
+                          message(DISK) == "4the installed one's");
 }
 
 // The file with the install directory cannot be opened: reporting that asks for the directory again.
@@ -233,9 +246,7 @@ bool isReportedWithoutTheDirectory()
     const size_t before = openDescriptors();
     {
         const FaultC fault("open", EACCES, 0, 1000);
-        const ErrorT failure =
-            getConfiguration(2)->registry()->AddIniFile("install.ini", "HKLM", "SOFTWARE\\Corvantage Corp");
-        if (failure != 0 || Error(DISK, "{i} default") != DISK || message(DISK) != "2default") return false;
+        if (!isInstalled() || Error(DISK, "{i} default") != DISK || message(DISK) != "2default") return false;
         if (fault.calls() > 10 || openDescriptors() > before + 1) return false;
     }
     usleep(1100000);
