@@ -23,7 +23,8 @@ int overwriteFile(const char* path, std::string_view text);
 // and group. `like` null: it has those of a new file from the start. A file that cannot be completed is removed again.
 int writeNewFile(const char* path, std::string_view text, const struct stat* like);
 
-// Has the names of the directory in which `path` stands on the disk. One that may not be opened is let be.
-int syncDirectoryOf(const char* path);
+// Has the names of the directory in which `path` stands on the disk, where the system can do that. Who has just given a
+// file its name has nothing to take back: a failure only means that a power cut may.
+void syncDirectoryOf(const char* path);
 
 #endif   // TVXCMN_CMNLIB_PREFSFILE_H

@@ -54,7 +54,8 @@ bool PrefsC::SaveMerge(const char* filename)
         ::unlink(replacement->getPath().utf8());
         return false;
     }
-    return syncDirectoryOf(filename) == 0;
+    syncDirectoryOf(filename);
+    return true;
 }
 
 bool PrefsC::Save(const char* filename_p, bool merge, const char* mergefrom_p)

@@ -212,8 +212,8 @@ ErrorT ConfRegIniFileC::replaceBy(std::string&& text, const struct stat& written
     m_hasFailedToSave = false;
     take(std::move(text), written);
     m_lastCheck = ::time(nullptr);
-    errno = syncDirectoryOf(m_pathBytes.c_str());   // too late to go back
-    return errno == 0 ? 0 : TVXERR_REGISTRY_FAILURE;
+    syncDirectoryOf(m_pathBytes.c_str());
+    return 0;
 }
 
 // A file of that name is what a killed process has left, or somebody planted: it is removed, never written to.

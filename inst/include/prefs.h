@@ -166,9 +166,9 @@ public:
     //   - lines are not joined, as with `continuation`
     //   - a section that was loaded but is not in the file loses what was not changed
     // The result replaces `filename_p` in one step by a new file of the same mode and, if the process may, owner;
-    // a link is replaced itself. Whatever fails leaves the file untouched and nothing behind, but for the last
-    // step, bringing the directory to the disk: then the file is the new one, which a power cut may undo. With `mergefrom_p`
-    // `filename_p` is written as without `merge`, after all of `mergefrom_p` has been read.
+    // a link is replaced itself. Whatever fails leaves the file untouched and nothing behind. Last the directory is
+    // brought to the disk; where that fails the file is the new one all the same, which a power cut may undo. With
+    // `mergefrom_p` `filename_p` is written as without `merge`, after all of `mergefrom_p` has been read.
     //
     // A file that is not there to merge with is an empty one; one that cannot be read, or is none to be read, is a failure.
     [[nodiscard]] bool Save(const char* filename_p = nullptr, bool merge = false, const char* mergefrom_p = nullptr);

@@ -154,7 +154,9 @@ TEST(ConfRegSave, tellsWhyItFailedAndKeepsTheChangeOverOthersChanges)
     EXPECT_EQ(registry.get("S", "n"), "mine");
     EXPECT_EQ(registry.get("S", "kept"), "!69");
     EXPECT_EQ(registry.get("New", "a"), "1");
+    const FaultC fault("fsync", EIO, 0, 100);   // of the directory, when the file is the new one
     EXPECT_EQ(registry.SetWriteThrough(true), 0);
+    EXPECT_EQ(fault.calls(), 1);
     EXPECT_EQ(fileText(INI), "[S]\nn=mine\nother=2\n\n[New]\n\na=1\n");
 }
 
