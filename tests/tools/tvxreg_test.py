@@ -39,8 +39,9 @@ class Tvxreg(unittest.TestCase):
         result = subprocess.run([PROGRAM, *arguments], capture_output=True, check=False, cwd=self.directory,
                                 input=text, env=self.environment)
         self.assertEqual(result.returncode, status, (arguments, result.stderr))
+        self.complaint = result.stderr
         if status > 1:
-            self.assertNotEqual(result.stderr, b"")
+            self.assertNotEqual(self.complaint, b"")
         return result.stdout
 
     def json(self, *arguments, status=0):
@@ -175,8 +176,10 @@ class ChangingTest(Tvxreg):
                 "set HKLM/SOFTWARE/Vendor/Other x ''\ndel HKCU/x n\n\n"
         for bad, status in (("del HKLM/SOFTWARE/Vendor/Agent none", 1), ("set HKLM/SOFTWARE/Vendor/A b=c d", 2),
                             ("get HKCU/x n", 3), ("set HKCU/x n", 3), ("set 'HKCU/x n 1", 3), ("set x n 1", 3),
+                            ("set HKCU/x n 1 --type=bool", 3), ("del HKCU/x n -r", 3),
                             ("set --json HKCU/x n 1", 3), ("set HKCR/x n 1", 1), ("set -i HKCR=d HKCU/x n 1", 3)):
             self.assertUnchanged(*mounts, "batch", "-", text=(lines + bad).encode(), status=status)
+            self.assertIn(b"-:8: ", self.complaint)
         self.run_program(*mounts, "batch", self.file("changes", lines))
         self.assertEqual(self.content("b.ini"), b"\n[x]\n\na  b=it's\\\n")
         self.assertEqual(self.content(), INI[:INI.index(b"On = ")] + b"x=\n")

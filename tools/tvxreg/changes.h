@@ -19,7 +19,8 @@ struct ChangeT {
 
 // Makes all changes, in their order. Each file is saved once, with all of its changes. When one of them cannot be
 // made nothing is changed at all; when a file cannot be saved that one and those behind it stay as they were.
-// A file that another process keeps locked is waited for so many seconds.
+// A file that another process keeps locked is waited for so many seconds; when yet another one locks it between that
+// and the save, for as long as the registry waits.
 int applyChanges(const MountsC& mounts, const std::vector<ChangeT>& changes, double patience);
 
 // The changes that make the keys and values of an INI file whose sections are keys.

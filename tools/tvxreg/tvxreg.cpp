@@ -47,7 +47,8 @@ const char HELP[] =
     "del deletes a value, or a key, with -r also one that holds values and keys. export writes an INI file\n"
     "whose sections are keys, and import makes what such a file holds. batch makes the changes that the lines\n"
     "of a file name (set and del, without \"tvxreg\"; quotes hold words together; # begins a comment), all or\n"
-    "none, and saves each file once. They wait 2 seconds, or as --wait says, for a file that is locked.\n"
+    "none, and saves each file once. They wait 2 seconds, or as --wait says, for a file that is locked to\n"
+    "come free; should another process then lock it first, the save itself waits for up to 20 seconds.\n"
     "\n"
     "check prints what programs skip in INI files, what the next change would drop from them, and what is\n"
     "not UTF-8, as FILE:LINE:COLUMN: what; columns count bytes. where prints FILE:LINE of a value.\n"
@@ -114,11 +115,12 @@ int readMounts(const CommandLineT& line, MountsC& mounts)
     return failed(STATUS_USAGE, line.words[0], "no INI file is named: -i 'KEY=FILE', --mounts or TVXREG_MOUNTS");
 }
 
-// Empty after it has told that the word names no key.
-std::string keyArgument(const std::string& word)
+// Empty after it has told, `from` where, that the word names no key.
+std::string keyArgument(const std::string& word, const std::string& from)
 {
     std::string key = keyOf(word);
-    if (key.empty()) failed(STATUS_USAGE, word, "the key does not begin with a root, like HKLM or HKEY_LOCAL_MACHINE");
+    if (key.empty())
+        failed(STATUS_USAGE, from + word, "the key does not begin with a root, like HKLM or HKEY_LOCAL_MACHINE");
     return key;
 }
 
@@ -132,6 +134,14 @@ bool isDword(const std::string& text)
     return !text.empty() && text.find_first_not_of("0123456789") == std::string::npos && errno == 0;
 }
 
+// Whether a command, with words and options that it takes, describes one change.
+bool isChange(const CommandLineT& line)
+{
+    const std::string type = line.valueOf("--type", "string");
+    if (line.words[0] == "set") return type == "string" || type == "dword";
+    return line.words[0] == "del" && (line.words.size() == 2 || line.values.count("-r") == 0);
+}
+
 // The change that a command line, or a line of a batch, describes; it is known to be one. The status.
 int readChange(const CommandLineT& line, const std::string& from, ChangeT& change)
 {
@@ -139,8 +149,7 @@ int readChange(const CommandLineT& line, const std::string& from, ChangeT& chang
     const bool isSet = words[0] == "set";
     const bool isTree = line.values.count("-r") > 0;
     const std::string type = line.valueOf("--type", "string");
-    if (isSet ? type != "string" && type != "dword" : isTree && words.size() > 2) return wrongUse(TOOL);
-    change.key = keyArgument(words[1]);
+    change.key = keyArgument(words[1], from);
     if (change.key.empty()) return STATUS_USAGE;
     change.from = from;
     change.kind = isSet              ? ChangeT::SET
@@ -165,9 +174,9 @@ int readBatchLine(const std::string& text, const std::string& place, std::vector
     if (!splitWords(text, words)) return failed(STATUS_UNREADABLE, place, "a quote is not closed");
     const bool isTaken = takeWords(words, VALUED, PLAIN, line) && line.values.count("--wait") == 0;
     const CommandT* const command = isTaken ? commandOf(line, "") : nullptr;
-    const bool isChange = command != nullptr && (line.words[0] == "set" || line.words[0] == "del");
-    if (!isChange || text.find('\0') != std::string::npos) {
-        return failed(STATUS_UNREADABLE, place, "no change: set KEY NAME VALUE, or del KEY [NAME]");
+    if (command == nullptr || !isChange(line) || text.find('\0') != std::string::npos) {
+        return failed(STATUS_UNREADABLE, place,
+                      "no change: set KEY NAME VALUE [--type string|dword], del KEY [NAME] or del KEY -r");
     }
     const bool isRead = readChange(line, place + ": ", changes.emplace_back()) == STATUS_DONE;
     return isRead ? STATUS_DONE : STATUS_UNREADABLE;
@@ -200,7 +209,8 @@ int change(const CommandLineT& line, const MountsC& mounts)
     std::vector<ChangeT> changes;
     const int status = line.words[0] == "batch"    ? readBatch(line.words[1], changes)
                        : line.words[0] == "import" ? readImport(line.words[1], changes)
-                                                   : readChange(line, "", changes.emplace_back());
+                       : isChange(line)            ? readChange(line, "", changes.emplace_back())
+                                                   : wrongUse(TOOL);
     return status == STATUS_DONE ? applyChanges(mounts, changes, patience) : status;
 }
 
@@ -240,7 +250,7 @@ int show(const CommandLineT& line, const MountsC& mounts, StyleT style)
     const std::string& command = line.words[0];
     const size_t place = command == "find" ? 2 : 1;   // of the key among the words
     const bool hasKey = line.words.size() > place;
-    const std::string key = hasKey ? keyArgument(line.words[place]) : "";
+    const std::string key = hasKey ? keyArgument(line.words[place], "") : "";
     if (hasKey && key.empty()) return STATUS_USAGE;
     if (command == "get") return get(line, mounts, key, style);
     if (command == "where") return showOrigin(mounts, key, line.words[2], style);
