@@ -84,6 +84,22 @@ class SourcesTest(Tvxcat):
         self.assertEqual({path.suffix for path in self.directory.iterdir()}, {".msg", ".cat"})
         self.assertEqual(self.directory.joinpath("built.cat").stat().st_mode & 0o777, 0o666 & ~os.umask(0o22))
 
+    def test_build_keeps_what_the_output_is(self):
+        before = self.built("1 x\n")
+        path = self.directory.joinpath("built.cat")
+        path.chmod(0o600)
+        os.mkfifo(self.directory / "pipe")
+        pipe = os.open(self.directory / "pipe", os.O_RDONLY | os.O_NONBLOCK)
+        self.addCleanup(os.close, pipe)
+        for name, target in (("link", "built.cat"), ("end", "pipe"), ("new", "none.cat")):
+            self.directory.joinpath(name).symlink_to(target)
+            self.run_program("build", "0.msg", "-o", name)
+            self.assertTrue(self.directory.joinpath(name).is_symlink())
+        self.assertEqual(os.read(pipe, 100), before)
+        self.assertEqual((path.read_bytes(), path.stat().st_mode & 0o777), (before, 0o600))
+        self.assertEqual(self.directory.joinpath("none.cat").read_bytes(), before)
+        self.run_program("build", "0.msg", "-o", ".", status=4)
+
     def test_lint_tells_what_is_wrong_and_where(self):
         self.file("a.msg", "$set 5000\n1 x\n$set 1\n65536 {qe} y\n2 {e x\n3 a\\000b\n"
                   "4 {w}p\n$variant s\n$problem {zi} q\n".encode() + b"5 \xC3\xA9\xC3(\n")
