@@ -180,7 +180,8 @@ class CatalogsTest(Tvxcat):
 
     def test_files_that_are_no_catalogs(self):
         good = catalog_of([(1, 2, b"text")])
-        for content in (b"", good[:11], b"x" + good[1:], good[:20], good[:-1], good[:8] + b"\xFF" * 4 + good[12:]):
+        for content in (b"", good[:11], b"x" + good[1:], good[:20], good[:-1], good[:8] + b"\xFF" * 4 + good[12:],
+                        b"openuict" + struct.pack(">I", 9999) + struct.pack(">HHII", 1, 0xFFFF, 1, 0) * 9999):
             self.file("x.cat", content)
             self.assertIn("x.cat: ", self.run_program("dump", "x.cat", status=3)[1])
 

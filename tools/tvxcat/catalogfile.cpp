@@ -5,6 +5,7 @@
 namespace {
 
 const size_t MAX_FILE = 0xFFFFFFFF;   // offsets have 32 bits
+const size_t MAX_SHARING = 16;        // how many times the file its texts may be, of which some may be the same bytes
 
 }   // namespace
 
@@ -42,11 +43,14 @@ std::string readCatalog(std::string_view bytes, std::vector<CatalogMessageT>& me
     if (bytes.size() < ERR_CATALOG_HEADER_SIZE || !ReadErrCatalogHeader(bytes.data(), count))
         return "this is no message catalog";
     if (ErrCatalogEntryOffset(count) > bytes.size()) return "the index of the catalog is cut short";
+    size_t total = 0;
     for (size_t i = 0; i < count; ++i) {
         const ErrCatalogEntryT entry = ReadErrCatalogEntry(bytes.data() + ErrCatalogEntryOffset(i));
         messages.push_back({entry.set, entry.message, ""});
         if (entry.offset > bytes.size() || entry.length > bytes.size() - entry.offset)
             return "the text of " + labelOf(messages.back()) + " lies beyond the end";
+        total += entry.length;
+        if (total > MAX_SHARING * bytes.size()) return "the texts of the catalog overlap too much";
         messages.back().text = bytes.substr(entry.offset, entry.length);
     }
     return "";
