@@ -153,6 +153,10 @@ class SourcesTest(Tvxcat):
         self.file("program.cpp", out + out + '#include "h"\nstatic_assert(BAD_TIME == 0xE3E80064);\n')
         self.file("h", out)
         subprocess.run(["c++", "-Wall", "-Werror", "-fsyntax-only", "program.cpp"], check=True, cwd=self.directory)
+        self.file("wrong.msg", "$set 1\n1 x\n65537 x\n$set 4097\n1 x\n$set 2\n$name s2m1\n2 x\n1 x\n")
+        out, errors = self.run_program("header", "wrong.msg", status=3)
+        self.assertEqual(out, "")
+        self.assertEqual([line.split(":")[1] for line in errors.splitlines()], ["3", "5", "9"])
 
 
 class CatalogsTest(Tvxcat):

@@ -228,12 +228,17 @@ void lintAgainst(const CatalogSourceC& source, const CatalogSourceC& reference, 
 
 // ---- texts ------------------------------------------------------------------------------------------
 
-void lintMessage(const CatalogSourceC& source, const SourceMessageT& message, std::vector<FindingT>& findings)
+void lintNumber(const CatalogSourceC& source, const SourceMessageT& message, std::vector<FindingT>& findings)
 {
     if (message.set > 0xFFF)
         findings.push_back(source.findingAt(message.offset, "no error number has a set above 0xFFF"));
     if (message.number > 0xFFFF)
         findings.push_back(source.findingAt(message.offset, "no error number has a message above 0xFFFF"));
+}
+
+void lintMessage(const CatalogSourceC& source, const SourceMessageT& message, std::vector<FindingT>& findings)
+{
+    lintNumber(source, message, findings);
     const size_t valid = validUtf8(message.text);
     if (valid < message.text.size()) findings.push_back(source.findingAt(originOf(message, valid), "invalid UTF-8"));
     const size_t zero = message.text.find('\0');
@@ -258,6 +263,17 @@ std::vector<FindingT> buildFaults(const std::vector<CatalogSourceC>& sources)
             findings.push_back(source.findingAt(originOf(message, ERR_CATALOG_MAX_TEXT),
                                                 "the text of " + labelOf(message) + " is longer than 65535 bytes"));
         }
+    }
+    return findings;
+}
+
+std::vector<FindingT> headerFaults(const CatalogSourceC& source)
+{
+    std::vector<FindingT> findings;
+    UniqueM<std::string> names(findings);
+    for (const SourceMessageT& message : source.messages()) {
+        lintNumber(source, message, findings);
+        names.add(identifierOf(message), source, message.offset, identifierOf(message));
     }
     return findings;
 }

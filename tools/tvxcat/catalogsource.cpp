@@ -117,6 +117,11 @@ TextT textOf(const std::vector<VariantT>& variants)
 
 }   // namespace
 
+std::string identifierOf(const SourceMessageT& message)
+{
+    return message.name.empty() ? labelOf(message) : message.name;
+}
+
 // ---- reading ----------------------------------------------------------------------------------------
 
 class SourceParserC {

@@ -34,6 +34,9 @@ struct SourceMessageT : CatalogMessageT {
     std::vector<size_t> origins;   // for each byte of the text, where in the source it comes from
 };
 
+// What a program calls it: its name, or "s203m16".
+std::string identifierOf(const SourceMessageT& message);
+
 class CatalogSourceC {
 public:
     // `file` is the name that findings show.

@@ -163,12 +163,15 @@ int header(const std::string& path)
 {
     std::vector<CatalogSourceC> sources;
     if (!readBuildable({path}, sources)) return STATUS_UNREADABLE;
+    const std::vector<FindingT> faults = headerFaults(sources[0]);
+    printFindings(stderr, faults, false);
+    if (!faults.empty()) return STATUS_UNREADABLE;
     const std::string guard = guardOf(path);
     std::printf("// Made by tvxcat; edit the source of the messages instead.\n#ifndef %s\n#define %s\n\n",
                 guard.c_str(), guard.c_str());
     for (const SourceMessageT& message : sources[0].messages()) {
-        const std::string name = message.name.empty() ? labelOf(message) : message.name;
-        std::printf("constexpr long %s = 0x%lXL;\n", name.c_str(), numberOf(message.set, message.number));
+        std::printf("constexpr long %s = 0x%lXL;\n", identifierOf(message).c_str(),
+                    numberOf(message.set, message.number));
     }
     std::printf("\n#endif   // %s\n", guard.c_str());
     return STATUS_DONE;
