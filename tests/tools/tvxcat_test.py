@@ -70,13 +70,13 @@ class SourcesTest(Tvxcat):
     def test_what_cannot_be_built_is_told_and_leaves_the_old_catalog(self):
         before = self.built("1 x\n")
         self.file("bad.msg", 'x\n$foo\n1\n$quote "\n2 "a\n3 \\q\n$reason z\n$reason z\n$set 65536\n$name 1\n4 "a" b\n'
-                  '$quote ab\n$quote\n5 \\400\n$name A\n$name new\n')
+                  '$quote ab\n$quote\n5 \\400\n$name A\n$name new\n$set5\n$set 5O\n')
         self.file("twice.msg", "$set 7\n$name N\n1 x\n$name N\n1 x\n2 " + "y" * 65536 + "\n3 a\\001b\n$reason r\n")
         _, errors = self.run_program("build", "bad.msg", "twice.msg", "-o", "built.cat", status=3)
         self.assertEqual([line.split(": ")[0] for line in errors.splitlines()],
                          [f"bad.msg:{place}" for place in
                           ("1:1", "2:1", "3:2", "5:3", "6:3", "8:1", "9:6", "10:7", "11:7", "12:9", "14:3", "15:7",
-                           "16:7", "16:7")]
+                           "16:7", "17:5", "18:7", "16:7")]
                          + ["twice.msg:7:4", "twice.msg:5:1", "twice.msg:5:1", "twice.msg:6:65538"])
         self.assertEqual(self.directory.joinpath("built.cat").read_bytes(), before)
         self.run_program("build", "0.msg", "-o", "none/x.cat", status=4)

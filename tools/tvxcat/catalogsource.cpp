@@ -207,8 +207,13 @@ void SourceParserC::parseDirective()
 void SourceParserC::parseSet()
 {
     endMessage();
+    const size_t behind = m_at;
     skipBlanks();
-    readNumber(MAX_SET, m_set);
+    if (m_at == behind) {
+        error(behind, "a number follows behind a blank");
+    } else if (readNumber(MAX_SET, m_set) && !atLineEnd() && !isBlank(peek())) {
+        error(m_at, "a comment follows behind a blank");
+    }
     skipLine();
 }
 
