@@ -41,28 +41,35 @@ inline bool hasMark(std::string_view text) { return text.starts_with(UTF8_MARK) 
 // The lines of a text without their ends, which are "\n", "\r\n" or "\r"; the last line needs none.
 class LinesC {
 public:
-    explicit LinesC(std::string_view text) : m_text(text), m_hasReturns(text.find('\r') != std::string_view::npos) {}
+    explicit LinesC(std::string_view text)
+        : m_rest(text), m_hasReturns(text.find('\r') != std::string_view::npos), m_feed(text.data())
+    {
+    }
 
     // False when there is none left. What belongs to `line` and its end is not looked at again.
     bool next(std::string_view& line)
     {
-        if (m_at == m_text.size()) return false;
-        if (m_at == m_feed + 1) m_feed = std::min(m_text.find('\n', m_at), m_text.size());
-        line = m_text.substr(m_at, m_feed - m_at);
-        const size_t back = m_hasReturns ? line.find('\r') : std::string_view::npos;
-        line = line.substr(0, back);
-        const size_t end = m_at + line.size();
-        m_at = std::min((end + 1 == m_feed ? m_feed : end) + 1, m_text.size());
+        if (m_rest.empty()) return false;
+        if (!m_hasReturns || m_feed <= m_rest.data())
+            m_feed = m_rest.data() + std::min(m_rest.find('\n'), m_rest.size());
+        size_t size = static_cast<size_t>(m_feed - m_rest.data());
+        size_t end = 1;
+        const size_t back = m_hasReturns ? m_rest.substr(0, size).find('\r') : std::string_view::npos;
+        if (back != std::string_view::npos) {
+            end = back + 1 == size ? 2 : 1;
+            size = back;
+        }
+        line = m_rest.substr(0, size);
+        m_rest.remove_prefix(std::min(size + end, m_rest.size()));
         return true;
     }
     // What has not been read yet.
-    std::string_view rest() const { return m_text.substr(m_at); }
+    std::string_view rest() const { return m_rest; }
 
 private:
-    std::string_view m_text;
+    std::string_view m_rest;
     bool m_hasReturns;
-    size_t m_at = 0;
-    size_t m_feed = std::string_view::npos;   // the next "\n", or the end; in front of m_at: not looked for yet
+    const char* m_feed;   // the next "\n", or the end, when it stands behind the front of m_rest
 };
 
 }   // namespace prefstext
