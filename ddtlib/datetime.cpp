@@ -1,6 +1,7 @@
 #include "datetime.h"
 
 #include "cmnlib/errnokeeper.h"
+#include "ipc/localtime.h"
 #include "localei.h"
 #include "tvxcmn.h"
 
@@ -42,7 +43,7 @@ IntervalC zoneOffset()
         return IntervalC(minutes * 60 * IntervalC::SECOND);
     }
     std::tm local = {};
-    localtime_r(&now.tv_sec, &local);
+    localTimeOf(now.tv_sec, local);
     return IntervalC(local.tm_gmtoff * IntervalC::SECOND);
 }
 

@@ -18,6 +18,8 @@ enum ForkRankT {
     FORK_RANK_REGISTRY,
     FORK_RANK_TRACER,
     FORK_RANK_LOCALE,
+    FORK_RANK_REMOVE_LATER,
+    FORK_RANK_LOCAL_TIME,
     FORK_RANKS   // how many there are
 };
 

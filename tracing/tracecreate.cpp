@@ -2,6 +2,7 @@
 
 #include "cmnlib/syscall.h"
 #include "gettime.h"
+#include "ipc/localtime.h"
 #include "taskid.h"
 
 #include <cerrno>
@@ -19,7 +20,7 @@ std::tm localNow()
     timeval now = {0, 0};
     GetTimeOfDay(&now);
     std::tm local = {};
-    localtime_r(&now.tv_sec, &local);
+    localTimeOf(now.tv_sec, local);
     return local;
 }
 

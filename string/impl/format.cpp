@@ -5,6 +5,7 @@
 
 #include "assertfatal.h"
 #include "gettime.h"
+#include "ipc/localtime.h"
 #include "string/api/formatdirective.h"
 #include "string/api/utfkernels.h"
 #include "string/impl/formatdigits.h"
@@ -359,7 +360,7 @@ void FormatterC::putTime(const SpecT& spec, const timeval& time, TimePartsT part
 {
     const int DEFAULT_PRECISIONS[] = {10, 8, 19};
     std::tm local;
-    if (localtime_r(&time.tv_sec, &local) == nullptr) return putText(spec, nullptr, 0);
+    if (!localTimeOf(time.tv_sec, local)) return putText(spec, nullptr, 0);
 
     UTF8T text[MAX_DATE + 1 + MAX_TIME];
     UTF8T* end = text;

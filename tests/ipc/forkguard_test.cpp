@@ -1,5 +1,7 @@
 #include "ipc/forkguard.h"
 
+#include "ipc/localtime.h"
+
 #include "cmnlib/neverdestroyed.h"
 #include "latch.h"
 #include "support/system.h"
@@ -89,6 +91,25 @@ TEST(ForkGuard, childOfABusyProcessFindsAllLatchesFree)
                       const LatchGuardM<CountingLatchC> upper(*countingLatch);
                       const LatchGuardM<LatchC> lower(*checkedLatch);
                       return checkedLatch->holding() ? 0 : 1;
+                  }),
+                  0);
+    }
+    isDone = true;
+    busy.join();
+}
+
+TEST(ForkGuard, childMayAskForLocalTime)
+{
+    std::atomic<bool> isDone{false};
+    std::thread busy([&] {
+        std::tm local;
+        while (!isDone) localTimeOf(0, local);
+    });
+    for (int i = 0; i < 50; ++i) {
+        EXPECT_EQ(inChild([] {
+                      alarm(10);
+                      std::tm local;
+                      return localTimeOf(0, local) ? 0 : 1;
                   }),
                   0);
     }
