@@ -7,6 +7,8 @@
 #include "file/fileattributes.h"
 #include "file/pathbytes.h"
 #include "file/removetree.h"
+#include "ipc/forkguard.h"
+#include "latch.h"
 
 #include <atomic>
 #include <cstdlib>
@@ -19,6 +21,10 @@ using fileattributes::LinksT;
 namespace {
 
 std::atomic<FileServiceI*> currentService{nullptr};
+
+// Of the queues of all services.
+constinit NeverDestroyedM<LatchC> queueLatch;
+constinit LatchForkGuardM<LatchC> queueLatchGuard(*queueLatch);
 
 // Used by exit handlers and threads to the very end; only its queue is processed when the process exits.
 FlnFileServiceC& builtInService()
@@ -284,7 +290,8 @@ BooleanT FlnFileServiceC::removeDir(const FileNameC* dir, BooleanT force)
 void FlnFileServiceC::removeLater(const FileNameC* name)
 {
     if (!isNamed(name)) return;
-    const LatchGuardM<LatchC> guard(m_removeLaterLatch);
+    guardOverForks(FORK_RANK_REMOVE_LATER, queueLatchGuard);
+    const LatchGuardM<LatchC> guard(*queueLatch);
     const int pid = ::getpid();
     if (m_removeLaterPid != pid) removelater_files.destroyAll();
     m_removeLaterPid = pid;
@@ -294,7 +301,7 @@ void FlnFileServiceC::removeLater(const FileNameC* name)
 void FlnFileServiceC::removeQueued()
 {
     if (m_removeLaterPid != ::getpid()) return;
-    const LatchGuardM<LatchC> guard(m_removeLaterLatch);
+    const LatchGuardM<LatchC> guard(*queueLatch);
     for (size_t n = 0; n < removelater_files.size(); ++n) (void)removeFile(*removelater_files[n], {false, false, true});
     removelater_files.destroyAll();
 }

@@ -17,7 +17,6 @@
 
 #include "filelister.h"
 #include "filestream.h"
-#include "latch.h"
 #include "osversion.h"
 
 #include <atomic>
@@ -193,8 +192,7 @@ private:
     FileNameArrayC removelater_files;
     OSVersionInfoC osversion;
     [[maybe_unused]] DynLoadC* kernel32dll = nullptr;   // of another system
-    LatchC m_removeLaterLatch;
-    std::atomic<int> m_removeLaterPid{0};   // whose process the queued files are
+    std::atomic<int> m_removeLaterPid{0};               // whose process the queued files are
 };
 
 #endif   // TVXCMN_FILESERVICE_H
