@@ -17,7 +17,8 @@ const char MESSAGE_FORMAT[] = "Assertion (%s) failed file %s line %d\nBreak on a
 // threads and processes whole. A log that cannot be written is ignored: there is nobody to tell.
 void appendToLog(const char* text, size_t size)
 {
-    const int fd = retryOnEintr([] { return open("assert.log", O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC, 0666); });
+    const int fd =
+        retryOnEintr([] { return open("assert.log", O_WRONLY | O_APPEND | O_CREAT | O_NONBLOCK | O_CLOEXEC, 0666); });
     if (fd < 0) return;
     const ssize_t written = write(fd, text, size);
     (void)written;

@@ -18,7 +18,7 @@ int assertFatal(const char* expr, const char* filename, int line_no) __attribute
 // Writes the printf-formatted message and a newline to standard error, after flushing standard
 // output, and ends the process with `exit_val`, running its exit handlers. A call that comes from one
 // of those handlers ends the process at once, without running the rest of them; a call from a second
-// thread waits for the first one's exit.
+// thread of the same image waits for the first one's exit, for ten seconds, and then does likewise.
 [[noreturn]] void Fatal(int exit_val, const char* fmt_p, ...) __attribute__((cold, format(printf, 2, 3)));
 
 // True when `cond` holds. Otherwise reports `text` and is false, so that the neutral value can stand
