@@ -14,8 +14,10 @@
 #include <cstdarg>
 #include <cstdio>
 #include <cstring>
+#include <fcntl.h>
 #include <memory>
 #include <pthread.h>
+#include <sys/stat.h>
 
 namespace {
 
@@ -72,6 +74,7 @@ void TraceConsumerFileC::setFilePattern(const char* pattern)
     const TraceSectionC section(m_controller);
     writeLines();
     m_file.reset();
+    m_lines.beginFile();
     file_pattern = pattern;
 }
 
@@ -113,8 +116,11 @@ void TraceConsumerFileC::setNumber(int attribute, int number)
 
 long TraceConsumerFileC::loadProfile(const char* path)
 {
-    FdOwnerC fd(openFd(path, O_RDONLY));
-    const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(fd.isOpen() ? fdopen(fd.fd(), "r") : nullptr, fclose);
+    FdOwnerC fd(openFd(path, O_RDONLY | O_NONBLOCK));
+    struct stat info = {};
+    if (!fd.isOpen() || ::fstat(fd.fd(), &info) != 0) return ErrorOfErrno(errno);
+    if (!S_ISREG(info.st_mode)) return ErrorOfErrno(S_ISDIR(info.st_mode) ? EISDIR : EINVAL);   // it may have no end
+    const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(fdopen(fd.fd(), "r"), fclose);
     if (file == nullptr) return ErrorOfErrno(errno);
     (void)fd.release();
     const TraceSectionC section(m_controller);

@@ -6,16 +6,17 @@ namespace {
 
 const size_t KEPT_ROOM = 64 * 1024;
 
-// Goes on while something is accepted: a pipe may take a line in pieces.
-void writeAll(int fd, const void* bytes, size_t n)
+// Goes on while something is accepted: a pipe may take a line in pieces. How much was.
+size_t writeAll(int fd, const void* bytes, size_t n)
 {
-    const char* at = static_cast<const char*>(bytes);
-    while (n > 0) {
-        const ssize_t written = retryOnEintr([=] { return ::write(fd, at, n); });
-        if (written <= 0) return;
-        at += written;
-        n -= static_cast<size_t>(written);
+    const char* const all = static_cast<const char*>(bytes);
+    size_t done = 0;
+    while (done < n) {
+        const ssize_t written = retryOnEintr([=] { return ::write(fd, all + done, n - done); });
+        if (written <= 0) break;
+        done += static_cast<size_t>(written);
     }
+    return done;
 }
 
 }   // namespace
@@ -37,12 +38,12 @@ void TraceLinesC::drain(const UTF8T* bytes, size_t n) { m_bytes.append(reinterpr
 
 void TraceLinesC::write(int fd)
 {
-    if (m_bytes.empty()) {
-        writeAll(fd, collected(), collectedBytes());
-    } else {
-        flush();
-        writeAll(fd, m_bytes.data(), m_bytes.size());
-    }
+    if (!m_bytes.empty()) flush();
+    const char* const bytes = m_bytes.empty() ? reinterpret_cast<const char*>(collected()) : m_bytes.data();
+    const size_t size = m_bytes.empty() ? collectedBytes() : m_bytes.size();
+    if (m_isCut && writeAll(fd, "\n", 1) == 1) m_isCut = false;
+    const size_t done = writeAll(fd, bytes, size);
+    if (done > 0 && done < size) m_isCut = bytes[done - 1] != '\n';
     drop();
 }
 

@@ -5,13 +5,14 @@
 #ifndef TVXCMN_TRACEPROFILE_H
 #define TVXCMN_TRACEPROFILE_H
 
+#include "cstrings.h"
+
 #include <cerrno>
 #include <climits>
 #include <cstddef>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <strings.h>
 
 // ---- attributes ---------------------------------------------------------------------------------------
 
@@ -43,7 +44,8 @@ inline const char* TraceAttributeName(int attribute)
 inline int TraceAttributeNamed(const char* name)
 {
     int attribute = 0;
-    while (attribute < TRACE_ATTRIBUTES && (name == nullptr || strcasecmp(name, TraceAttributeName(attribute)) != 0)) {
+    while (attribute < TRACE_ATTRIBUTES &&
+           (name == nullptr || StrCompareCI(name, TraceAttributeName(attribute)) != 0)) {
         ++attribute;
     }
     return attribute;

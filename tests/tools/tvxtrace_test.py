@@ -92,6 +92,7 @@ class TvxtraceTest(unittest.TestCase):
         self.assertEqual(len(errors.splitlines()), 2)
         self.assertIn(f"{path}:1:1:", out)
         self.assertEqual(self.run_program("explain", ".", "net")[0], 3)
+        self.assertEqual(self.run_program("explain", "/dev/null", "net")[0], 3)
 
 
 if __name__ == "__main__":

@@ -130,6 +130,8 @@ TEST_F(TraceFile, profileHasSettingsClassesAndWildcards)
     EXPECT_THAT(fileText("out.trc"), testing::StartsWith("pid "));
     EXPECT_EQ(file.loadProfile("missing"), ErrorOfErrno(ENOENT));
     EXPECT_EQ(file.loadProfile("."), ErrorOfErrno(EISDIR));
+    ASSERT_EQ(::mkfifo("fifo", 0600), 0);   // nobody writes to it
+    EXPECT_EQ(file.loadProfile("fifo"), ErrorOfErrno(EINVAL));
 }
 
 TEST_F(TraceFile, linesWaitUntilThereAreEnough)
@@ -238,6 +240,13 @@ TEST_F(TraceFile, fullDiskLosesLinesAndNothingElse)
     const FaultC interrupted("write", EINTR);
     EXPECT_EQ(write("too"), 0);
     EXPECT_EQ(fileText("out.trc"), "kept\ntoo\n");
+    {
+        const FaultC half("write", 0);
+        const FaultC full("write", ENOSPC, 1);
+        EXPECT_EQ(write("12345678"), 0);
+    }
+    EXPECT_EQ(write("whole"), 0);
+    EXPECT_EQ(fileText("out.trc"), "kept\ntoo\n1234\nwhole\n");
 }
 
 TEST_F(TraceFile, whatSomebodyElsePutUnderTheNameIsRefusedWhereEverybodyMay)

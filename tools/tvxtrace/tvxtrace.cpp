@@ -14,6 +14,7 @@
 #include <cstring>
 #include <memory>
 #include <string>
+#include <sys/stat.h>
 #include <vector>
 
 namespace {
@@ -99,8 +100,11 @@ void printText(const ExplanationT& explanation)
 
 StatusT explain(const std::string& path, const std::string& traceClass, bool isJson)
 {
+    struct stat info = {};
     const FileT file(std::fopen(path.c_str(), "re"), std::fclose);
     if (file == nullptr || (std::getc(file.get()) == EOF && std::ferror(file.get()) != 0)) return unreadable(path);
+    errno = EINVAL;   // as the library, which reads it again
+    if (fstat(fileno(file.get()), &info) != 0 || !S_ISREG(info.st_mode)) return unreadable(path);
     const ExplanationT explanation = explainClass(path, traceClass);
     if (isJson) {
         printJson(explanation);
