@@ -118,10 +118,11 @@ void HashTableC::add(HashElemI* elem)
 
 HashElemI* HashTableC::put(HashElemI* elem)
 {
-    if (!isFree(elem)) return nullptr;
-    const HashValT hash = elem->hash_r() = hashOf(elem->key());
+    const HashValT hash = hashOf(elem->key());
     HashElemI* const displaced = find(elem->key(), hash);
+    if (displaced != elem && !isFree(elem)) return nullptr;
     remove(displaced);
+    elem->hash_r() = hash;
     link(elem, *elem->next_p(), hash);
     return displaced;
 }

@@ -59,9 +59,11 @@ public:
         return place + 1;
     }
 
+    // The pool that an element is from.
+    static ElemPoolC* of(void* elem) { return static_cast<ElemPoolC**>(elem)[-1]; }
     // Takes the memory of an element back into the pool that it is from.
-    static void give(void* elem) { static_cast<ElemPoolC**>(elem)[-1]->takeBack(static_cast<FreeT*>(elem)); }
-    // The same, for the map's owner.
+    static void give(void* elem) { of(elem)->takeBack(static_cast<FreeT*>(elem)); }
+    // The same, for the map's owner and an element from this pool.
     void giveOwn(void* elem)
     {
         FreeT* const freed = static_cast<FreeT*>(elem);

@@ -313,7 +313,18 @@ private:
         ListElemI* const* const word = (*array)[n + ITERATE_AHEAD].headWord();
         __builtin_prefetch(*(ListElemI::isMarked(*word) ? word : &elemOf(*word)->list_next));
     }
-    bool isNewest(ElemT* elem) const { return *findLink(elem->k, elem->hash_val) == elem; }
+    // A key that does not equal itself, such as a NaN, is not found: its element is the only one with it.
+    bool isNewest(ElemT* elem) const
+    {
+        ListElemI** const word = findLink(elem->k, elem->hash_val);
+        return word == nullptr || *word == elem;
+    }
+
+    // Not so for elements that came through the base, from the heap or out of another map.
+    bool isFromOwnPool(ElemT* elem) const
+    {
+        return typeid(*elem) == typeid(PooledElemT) && ElemPoolC::of(static_cast<PooledElemT*>(elem)) == m_pool;
+    }
 
     size_t endAll(bool for_good);
 
@@ -335,7 +346,7 @@ size_t HashMapM<K, V, H, E>::endAll(bool for_good)
             ElemT* const elem = elemOf(*head);
             *head = elem->list_next;
             elem->list_next = nullptr;
-            if (typeid(*elem) != typeid(PooledElemT)) {
+            if (!isFromOwnPool(elem)) {
                 elem->destroy();
                 continue;
             }

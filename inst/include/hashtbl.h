@@ -140,7 +140,8 @@ public:
     // Adds an element, also beside others with its key. Requires that it is in no table ("Element
     // incorrectly initialized or already in another hashtable"). Otherwise: nothing.
     void add(HashElemI* elem);
-    // As add, but first removes the newest element with its key, if there is one, and returns that.
+    // As add, but first removes the newest element with its key, if there is one, and returns that. It may
+    // be `elem` itself, which is in the table again then.
     HashElemI* put(HashElemI* elem);
     // Unlinks an element. False if it is not in this table, or null.
     BooleanT remove(HashElemI* elem);

@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <deque>
 #include <map>
 #include <memory>
@@ -184,6 +185,28 @@ TEST(HashMap, isUsableThroughItsBase)
     EXPECT_EQ(map.size(), 1u);
 }
 
+// The base takes an element out without ending it, so that it may go into another map.
+TEST(HashMap, endsElementsFromOtherMaps)
+{
+    typedef HashMapM<unsigned long, CountedT> MapT;
+    for (const unsigned long own : {0ul, 100ul}) {
+        MapT cleared;
+        MapT ended;
+        for (unsigned long key = 0; key < own; ++key) ended.add(key, CountedT(1));
+        {
+            MapT source;
+            for (unsigned long key = 0; key < 100; ++key) source.add(key, CountedT(2));
+            for (unsigned long key = 50; key < 70; ++key) {
+                HashTableC& target = key % 2 != 0 ? cleared : ended;
+                target.add(static_cast<HashTableC&>(source).remove(static_cast<const void*>(&key)));
+            }
+        }
+        cleared.clear();
+        EXPECT_EQ(CountedT::alive, static_cast<long>(own) + 10);
+    }
+    EXPECT_EQ(CountedT::alive, 0);
+}
+
 TEST(HashMap, takesAnyKeysValuesAndFunctors)
 {
     HashMapM<std::string, LargeT, ByLengthT, SameLengthT> map;
@@ -199,6 +222,15 @@ TEST(HashMap, takesAnyKeysValuesAndFunctors)
     }
     EXPECT_EQ(counts.size(), 3u);
     EXPECT_EQ(counts.get("b").Value(), 3);
+    struct SameHashT {
+        HashValT operator()(double) const { return 1; }
+    };
+    HashMapM<double, int, SameHashT> numbers;
+    for (const double key : {1.0, 1.0, std::nan(""), std::nan(""), 2.0}) numbers.add(key, 0);
+    int visited = 0;
+    auto it = numbers.getIter();
+    for (++it; it; ++it) ++visited;
+    EXPECT_EQ(visited, 4) << "a NaN equals no other key";
     EXPECT_EQ(hashOf<unsigned long>()(0x123456789ABCDEF0ul), 0x9ABCDEF0u);
 }
 

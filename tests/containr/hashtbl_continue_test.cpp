@@ -13,7 +13,8 @@ TEST(HashTableContinues, elementsInATableStayWhereTheyAre)
     table.add(&elem);
     table.add(&elem);
     other.add(&elem);
-    EXPECT_EQ(table.put(&elem), nullptr);
+    EXPECT_EQ(other.put(&elem), nullptr);
+    EXPECT_EQ(table.put(&elem), &elem) << "the element itself is what it displaces";
     EXPECT_EQ(assertCount("Element incorrectly initialized or already in another hashtable"), 3u);
     EXPECT_EQ(table.size(), 1u);
     EXPECT_EQ(other.size(), 0u);
