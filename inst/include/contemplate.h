@@ -99,7 +99,10 @@ public:
 
     // For arrays of pointers: delete what one, some (from `first` up to but not with `last`) or all of
     // them point at, and take them out. What lies beyond the end is "position < used" and is left alone.
-    void destroy(size_t position) { destroyRange(position, position + 1); }
+    void destroy(size_t position)
+    {
+        if (TVX_CHECK(position < used, "position < used")) destroyRange(position, position + 1);
+    }
     void destroyRange(size_t first, size_t last);
     void destroyAll()
     {

@@ -102,6 +102,7 @@ private:
 
     const UTF8T* scanDirective(const UTF8T* p);
     void recordField(const FormatFieldT& field);
+    void recordNext(ParameterT parameter);
     void record(int position, ParameterT parameter);
 
     ParameterT m_parameters[CAPACITY] = {};
@@ -131,17 +132,23 @@ const UTF8T* ParametersC::scanDirective(const UTF8T* p)
     if (!TVX_CHECK(parameter != PARAMETER_ILLEGAL, "Illegal formatting character in formatArgs()")) {
         return *p != 0 ? p + 1 : p;
     }
-    if (parameter != PARAMETER_NONE) record(m_next++, parameter);
+    if (parameter != PARAMETER_NONE) recordNext(parameter);
     return p + 1;
 }
 
 void ParametersC::recordField(const FormatFieldT& field)
 {
     if (field.source == FormatFieldT::NEXT_ARG) {
-        record(m_next++, PARAMETER_INT);
+        recordNext(PARAMETER_INT);
     } else if (field.source == FormatFieldT::NTH_ARG) {
         record(field.value, PARAMETER_INT);
     }
+}
+
+void ParametersC::recordNext(ParameterT parameter)
+{
+    record(m_next, parameter);
+    if (!m_full) ++m_next;
 }
 
 void ParametersC::record(int position, ParameterT parameter)

@@ -37,4 +37,12 @@ TEST(ArraysContinue, typedArraysYieldZero)
     EXPECT_EQ(assertCount("Attempt to add past end of ArrayM"), 1u);
     ASSERT_EQ(array.size(), 1u);
     EXPECT_EQ(array[0], 8);
+
+    ArrayM<long*> pointers;
+    pointers << new long(1);
+    pointers.destroy(1);
+    pointers.destroy(SIZE_MAX);
+    EXPECT_EQ(assertCount("position < used"), 4u);
+    EXPECT_EQ(pointers.size(), 1u);
+    pointers.destroyAll();
 }

@@ -88,6 +88,11 @@ TEST(FormatArgs, readsAtMost128)
     EXPECT_EQ(countRead(std::make_integer_sequence<int, 129>()), 128);
 }
 
+TEST(FormatArgs, readsNothingFromTheLastPossiblePositionOn)
+{
+    EXPECT_EQ(argsOf("%d%2147483647$*.*d%d", 1, 2, 3, 4).size(), 1);
+}
+
 TEST(FormatArgs, leavesTheCallersListWhereItIs)
 {
     const auto twice = [](const char* fmt, ...) {
