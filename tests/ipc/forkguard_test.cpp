@@ -1,8 +1,7 @@
 #include "ipc/forkguard.h"
 
-#include "ipc/localtime.h"
-
 #include "cmnlib/neverdestroyed.h"
+#include "ipc/localtime.h"
 #include "latch.h"
 #include "support/system.h"
 
