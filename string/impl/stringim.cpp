@@ -17,6 +17,9 @@ namespace {
 // Up to this size the text lies behind its body. Room there is lost when the text outgrows it.
 const size_t MOST_ROOM = 256;
 
+// What stands, in UTF-8, for a character that the end of a text cuts: U+FFFD. The terminator follows.
+const UTF8T CUT_END[] = {0xEF, 0xBF, 0xBD, 0};
+
 void* orDie(void* p)
 {
     if (__builtin_expect(p == nullptr, 0)) Fatal(1, "Out of memory");
@@ -241,7 +244,23 @@ size_t StringImplC::encodedBytes(const char* encoding) const
     return transcode::encodedLength(formatOf(e), begin(), numBytes);
 }
 
-// The terminator is converted with the text, so what comes out ends in a zero unit of the right width.
+// The terminator is converted with the text, so what comes out ends in a zero unit of the right width. A
+// cut character takes the terminator for its own next byte, and is left over together with it.
+size_t StringImplC::terminatedSize(transcode::FormatT format) const
+{
+    const transcode::ResultT whole = transcode::fromUtf8Length(format, begin(), numBytes + 1);
+    if (whole.consumed > numBytes) return whole.written;
+    return whole.written + transcode::encodedLength(format, CUT_END, sizeof CUT_END);
+}
+
+bool StringImplC::encodeTerminated(transcode::FormatT format, U8BitT* out, size_t size) const
+{
+    const transcode::ResultT whole = transcode::fromUtf8(format, begin(), numBytes + 1, out, size);
+    if (whole.consumed > numBytes) return !whole.lossy;
+    transcode::encode(format, CUT_END, sizeof CUT_END, out + whole.written, size - whole.written, nullptr);
+    return false;
+}
+
 BooleanT StringImplC::encoded(const U8BitT** out, const char* encoding) const
 {
     if (isUTF8Name(encoding)) {
@@ -252,12 +271,10 @@ BooleanT StringImplC::encoded(const U8BitT** out, const char* encoding) const
     const EncodingNameT e = encodingNamed(encoding);
     if (!TVX_CHECK(isConvertible(e), "e")) return false;
 
-    const size_t size = transcode::encodedLength(formatOf(e), begin(), numBytes + 1);
+    const size_t size = terminatedSize(formatOf(e));
     U8BitT* const buffer = new U8BitT[size];
-    bool isLossy = false;
-    transcode::encode(formatOf(e), begin(), numBytes + 1, buffer, size, &isLossy);
     *out = buffer;
-    return !isLossy;
+    return encodeTerminated(formatOf(e), buffer, size);
 }
 
 void StringImplC::encodedRelease(const U8BitT* p, const char* encoding) const
@@ -275,17 +292,14 @@ BooleanT StringImplC::encodeInto(U8BitT* buffer, size_t& size, const char* encod
     const transcode::FormatT format = formatOf(e);
     const bool isTerminated = transcode::encodedLength(format, NO_TEXT, 1) == codeUnitLength(e);
     (void)TVX_CHECK(isTerminated, "the terminator must be one code unit");
-    const size_t needed = transcode::encodedLength(format, begin(), numBytes + 1);
+    const size_t needed = terminatedSize(format);
     size = needed - codeUnitLength(e);
-    bool isLossy = false;
-    if (needed <= room) {
-        transcode::encode(format, begin(), numBytes + 1, buffer, needed, &isLossy);
-    } else {
-        std::vector<U8BitT> whole(needed);
-        transcode::encode(format, begin(), numBytes + 1, whole.data(), needed, &isLossy);
-        std::copy_n(whole.data(), room, buffer);
-    }
-    return !isLossy;
+    if (needed <= room) return encodeTerminated(format, buffer, needed);
+
+    std::vector<U8BitT> whole(needed);
+    const bool isWhole = encodeTerminated(format, whole.data(), needed);
+    std::copy_n(whole.data(), room, buffer);
+    return isWhole;
 }
 
 // ---- changes ----------------------------------------------------------------------------------------

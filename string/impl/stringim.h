@@ -125,6 +125,10 @@ private:
     void setText(size_t bytes, long chars) noexcept;
     void copyFrom(const U8BitT* bytes, size_t len, long chars);
     void decodeFrom(const U8BitT* bytes, size_t len, EncodingNameT encoding);
+    // The size in bytes of the text and its terminator, and their conversion into that much room. False:
+    // characters were lost.
+    size_t terminatedSize(transcode::FormatT format) const;
+    bool encodeTerminated(transcode::FormatT format, U8BitT* out, size_t size) const;
     template <class CaseM>
     void transformChars();
     template <class CaseM>

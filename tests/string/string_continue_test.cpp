@@ -90,8 +90,8 @@ TEST(StringContinues, lossesAreReportedAndMarked)
 // Text that only its maker vouched for: nothing may be read or written beyond it.
 TEST(StringContinues, falselyVouchedTextIsHandledWithinItsBytes)
 {
-    for (const std::string& bytes : {std::string("a\xE2"), std::string("\xF0\x9F"), std::string(100, '\xFF'),
-                                     std::string("\x80\x80"), std::string("\xFC\x80")}) {
+    for (const std::string& bytes : {std::string("a\xE2"), std::string("\xE2z"), std::string("\xF0\x9F"),
+                                     std::string(100, '\xFF'), std::string("\x80\x80"), std::string("\xFC\x80")}) {
         SCOPED_TRACE(hexOf(bytes));
         StringC text(bytes.data(), bytes.size(), StringC::CC_VALID_UTF8);
         (void)text.length();
@@ -101,6 +101,14 @@ TEST(StringContinues, falselyVouchedTextIsHandledWithinItsBytes)
         (void)text.rfind('x', 1);
         const StringC upper = text.asUpper();
         EXPECT_LE(upper.length(), 100);
+        for (const char* encoding : {"system-8", "utf16", "wchar_t"}) {
+            U8BitT room[500];
+            size_t size = sizeof room;
+            room[0] = 1;
+            (void)text.convertTo(room, size, encoding);
+            ASSERT_LT(size, sizeof room);
+            EXPECT_EQ(room[size], 0) << encoding;
+        }
         text.remove(0, 1);
         text.insert(0, "z");
         EXPECT_EQ(text[0], UCS4{'z'});

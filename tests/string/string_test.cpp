@@ -241,6 +241,29 @@ TEST(StringC, substitutesWithoutRegardToCase)
     EXPECT_EQ(bytesOf(StringC("a\\\\b\\").PrefixUnescape('\\')), "a\\b");
 }
 
+TEST(StringC, encodedTextIsTerminatedAlsoAfterACutCharacter)
+{
+    for (const std::string cut : {"\xE2", "\xF0\x9F", "\xFC\x80"}) {
+        SCOPED_TRACE(hexOf(cut));
+        const std::string bytes = "ab" + cut;
+        const StringC text(bytes.data(), bytes.size(), StringC::CC_VALID_UTF8);
+        const char* const sys8 = text.sys8();
+        EXPECT_STREQ(sys8, "ab\xEF\xBF\xBD");
+        text.sys8Release(sys8);
+        const wchar_t* const wide = text.wchart();
+        EXPECT_STREQ(wide, L"ab\uFFFD");
+        text.wchartRelease(wide);
+        for (size_t room : {8u, 3u}) {
+            U8BitT buffer[9] = "########";
+            size_t size = room;
+            EXPECT_FALSE(text.convertTo(buffer, size, "utf16"));
+            EXPECT_EQ(size, 6u);
+            EXPECT_EQ(std::memcmp(buffer, "a\0b\0\xFD\xFF\0\0#", room), 0);
+            EXPECT_EQ(buffer[room], room < 8 ? '#' : 0);
+        }
+    }
+}
+
 TEST(StringC, comparisonsOrderAsStated)
 {
     TextSourceC source(1703);
