@@ -7,6 +7,8 @@
 #include "stringc.h"
 #include "utf8.h"
 
+#include <algorithm>
+#include <cstring>
 #include <string>
 
 namespace {
@@ -32,6 +34,12 @@ public:
 private:
     std::string m_text;
 };
+
+// The first place of `part` in [begin, end); null when there is none.
+const UTF8T* found(const TextBytesT& part, const UTF8T* begin, const UTF8T* end)
+{
+    return static_cast<const UTF8T*>(memmem(begin, static_cast<size_t>(end - begin), part.begin, part.size()));
+}
 
 // Where character `count` after `p` starts.
 const UTF8T* skipped(const UTF8T* p, const UTF8T* end, long count)
@@ -70,26 +78,36 @@ StringC StringC::transform(const StringC& from_chars, const StringC& to_chars, b
 }
 
 // Searching goes on behind what was put in, so a hit never overlaps a replacement, and all hits can be
-// found in the unchanged text. Case mapping keeps the number of characters.
+// found in the unchanged text: by their bytes, since in malformed text or behind a zero byte a character
+// index says little. Case mapping keeps the number of characters.
 StringC StringC::substitute(const StringC& from_str, const StringC& to_str, bool do_all, long after,
                             bool ignore_case) const
 {
     const StringC shadow = ignore_case ? asUpper() : *this;
     const StringC wanted = ignore_case ? from_str.asUpper() : from_str;
-    long hit = shadow.find(wanted, after);
-    if (hit < 0) return *this;
+    const long first = shadow.find(wanted, after);
+    if (first < 0) return *this;
 
     const TextBytesT bytes(*this);
+    const TextBytesT seen(shadow);
+    const TextBytesT sought(wanted);
     const TextBytesT replacement(to_str);
-    const long wantedChars = wanted.length();
     TextBuilderC result(bytes.size() + replacement.size());
-    const UTF8T* rest = bytes.begin;
-    for (long copied = 0; hit >= 0; hit = do_all ? shadow.find(wanted, copied - 1) : -1) {
-        const UTF8T* const at = skipped(rest, bytes.end, hit - copied);
+    const UTF8T* rest = bytes.begin;      // not copied yet
+    const UTF8T* seenRest = seen.begin;   // its counterpart in the shadow
+    const auto counterpart = [&](const UTF8T* p, const UTF8T* from, const UTF8T* to) {
+        if (!ignore_case) return p + (to - from);
+        return skipped(p, bytes.end, static_cast<long>(utfkernels::countChars(from, static_cast<size_t>(to - from))));
+    };
+    // A hit that begins inside a character lies before the index that find told.
+    const UTF8T* hit = found(sought, skipped(seen.begin, seen.end, std::max(first - 1, after + 1)), seen.end);
+    while (hit != nullptr) {
+        const UTF8T* const at = counterpart(rest, seenRest, hit);
         result.add(rest, at);
         result.add(replacement.begin, replacement.end);
-        rest = skipped(at, bytes.end, wantedChars);
-        copied = hit + wantedChars;
+        seenRest = hit + sought.size();
+        rest = counterpart(at, hit, seenRest);
+        hit = do_all ? found(sought, seenRest, seen.end) : nullptr;
     }
     result.add(rest, bytes.end);
     return result.text();

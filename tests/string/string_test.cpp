@@ -241,6 +241,17 @@ TEST(StringC, substitutesWithoutRegardToCase)
     EXPECT_EQ(bytesOf(StringC("a\\\\b\\").PrefixUnescape('\\')), "a\\b");
 }
 
+TEST(StringC, substitutesBytesThatAreNoCharacters)
+{
+    const StringC zeros("a\0b\0c", 5, "vutf8");
+    EXPECT_EQ(bytesOf(zeros.substitute(StringC("\0", 1, "vutf8"), "?")), "a?b?c");
+    EXPECT_EQ(bytesOf(zeros.substitute(StringC("\0c", 2, "vutf8"), "?")), std::string("a\0b?", 4));
+    const StringC degrees("20\xB0K, 30\xB0K", 10, "vutf8");
+    const StringC degree("\xB0", 1, "vutf8");
+    EXPECT_EQ(bytesOf(degrees.substitute(degree, " deg ")), "20 deg K, 30 deg K");
+    EXPECT_EQ(bytesOf(degrees.substitute(degree, "", false, 4)), "20\xB0K, 30K");
+}
+
 TEST(StringC, encodedTextIsTerminatedAlsoAfterACutCharacter)
 {
     for (const std::string cut : {"\xE2", "\xF0\x9F", "\xFC\x80"}) {
