@@ -127,12 +127,15 @@ long TraceControllerC::setDetail(TraceConsumerI* consumer, int detail)
     TraceConsumerArrayC::put(slot, {consumer, clampedDetail(detail)});
     if (slot >= TRACE_BITS) return 0;
 
+    // This stops at classes that are off. What is set below one of them is done afterwards.
     for (TraceControlVarC* const root : m_roots) recompute(*root);
     long status = 0;
     HashIteratorC classes(this, true);
     while (HashElemI* const elem = classes.next(status)) {
         TraceControlVarC& traceClass = static_cast<TraceControlVarC&>(*elem);
-        if ((traceClass.specified >> slot & 1) != 0) recompute(traceClass);
+        const TraceControlVarC* const parent = traceClass.parent();
+        const bool wasReached = parent == nullptr || (parent->net >> slot & 1) != 0;
+        if ((traceClass.specified >> slot & 1) != 0 && !wasReached) recompute(traceClass);
     }
     return 0;
 }
