@@ -9,7 +9,6 @@
 #include <algorithm>
 #include <atomic>
 #include <cstdio>
-#include <memory>
 #include <string>
 #include <string_view>
 
@@ -17,7 +16,7 @@ namespace {
 
 const char SEPARATOR = static_cast<char>(ERR_TEXT_SEPARATOR);
 
-// The class of one action on one failure. Immutable, and never freed.
+// The class of one action on one failure. Immutable, and never freed once it is known.
 struct AnnouncedT {
     const char* action;   // compared by its address
     unsigned number;      // see numberOf
@@ -27,8 +26,12 @@ struct AnnouncedT {
 };
 
 // Classes that have been asked for before, so that a failure that nobody wants to see costs neither a text nor
-// a look-up in the tracer. Two threads may both add one; the older one is not found any more.
-constinit std::atomic<const AnnouncedT*> knownClasses[256];
+// a look-up in the tracer. Two threads may both add one; the older one is not found any more. There is room
+// for the failures that a program really has: when numbers come without end, the tracer's look-up is faster
+// than long buckets, and it knows all of them anyway.
+constinit std::atomic<const AnnouncedT*> knownClasses[1024];
+const size_t KNOWN_CLASSES = 4 * std::size(knownClasses);   // more or less: threads may add one each
+constinit std::atomic<size_t> knownCount;
 
 ErrSevT shownSeverity(ErrSevT sev) { return std::clamp(sev, ERR_SEV_NONE, ERR_SEV_FATAL); }
 
@@ -56,21 +59,31 @@ const AnnouncedT* knownClass(const char* action, unsigned number)
     return known;
 }
 
-// Null when the tracer cannot look the class up.
-const AnnouncedT* addClass(const char* action, ErrorT err, ErrSevT sev)
+// Its `net` is null when the tracer cannot look the class up.
+AnnouncedT lookedUp(const char* action, ErrorT err, ErrSevT sev)
 {
-    std::atomic<const AnnouncedT*>& bucket = bucketOf(numberOf(err, sev));
-    auto made = std::make_unique<AnnouncedT>(AnnouncedT{action, numberOf(err, sev), "", nullptr, bucket.load()});
-    std::snprintf(made->traceClass, sizeof made->traceClass, "0,Error/%s/%s/%u/%u", action, severityName(sev),
+    AnnouncedT found = {action, numberOf(err, sev), "", nullptr, nullptr};
+    std::snprintf(found.traceClass, sizeof found.traceClass, "0,Error/%s/%s/%u/%u", action, severityName(sev),
                   ErrorSetOf(err), ErrorMessageOf(err));
-    getTracer(2)->enabled(made->traceClass, &made->net);
-    if (made->net == nullptr) return nullptr;
-    while (!bucket.compare_exchange_weak(made->next, made.get(), std::memory_order_acq_rel)) {
-    }
-    return made.release();
+    getTracer(2)->enabled(found.traceClass, &found.net);
+    return found;
 }
 
-bool isOff(const AnnouncedT& announced) { return __atomic_load_n(announced.net, __ATOMIC_RELAXED) == 0; }
+void remember(const AnnouncedT& found)
+{
+    if (found.net == nullptr || knownCount.load(std::memory_order_relaxed) >= KNOWN_CLASSES) return;
+    knownCount.fetch_add(1, std::memory_order_relaxed);
+    std::atomic<const AnnouncedT*>& bucket = bucketOf(found.number);
+    AnnouncedT* const made = new AnnouncedT(found);
+    made->next = bucket.load();
+    while (!bucket.compare_exchange_weak(made->next, made, std::memory_order_acq_rel)) {
+    }
+}
+
+bool isOff(const AnnouncedT& announced)
+{
+    return announced.net == nullptr || __atomic_load_n(announced.net, __ATOMIC_RELAXED) == 0;
+}
 
 // The text with its parts named. Without a solution's separator the reason is left out: the announcement of
 // such a failure is its problem.
@@ -99,14 +112,15 @@ StringC shownText(const StringC& str)
 void TraceError(const char* action, ErrorT err, ErrSevT sev, const StringC& str)
 {
     if (TraceDeliveryC::isRunning()) return;
-    const AnnouncedT* announced = knownClass(action, numberOf(err, sev));
-    if (announced != nullptr && isOff(*announced)) return;   // mostly so; nothing up to here changes errno
+    const AnnouncedT* const known = knownClass(action, numberOf(err, sev));
+    if (known != nullptr && isOff(*known)) return;   // mostly so; nothing up to here changes errno
 
     const ErrnoKeeperC keeper;
-    if (announced == nullptr) announced = addClass(action, err, sev);
-    if (announced == nullptr || isOff(*announced)) return;
-    const unsigned* net = announced->net;
-    getTracer(2)->trace(announced->traceClass, &net, "%s %s (s%dm%d): %S",
+    const AnnouncedT announced = known != nullptr ? *known : lookedUp(action, err, sev);
+    if (known == nullptr) remember(announced);
+    if (isOff(announced)) return;
+    const unsigned* net = announced.net;
+    getTracer(2)->trace(announced.traceClass, &net, "%s %s (s%dm%d): %S",
                         ArgListC() << severityName(sev) << action << static_cast<int>(ErrorSetOf(err))
                                    << static_cast<int>(ErrorMessageOf(err)) << shownText(str));
 }

@@ -120,6 +120,16 @@ TEST_F(TraceErrorTest, seesAtOnceWhatIsTurnedOnAndOff)
     controller.inherit(&consumer, "Error/Occurrence/Error/15/1");
 }
 
+TEST_F(TraceErrorTest, announcesMoreFailuresThanItRemembers)
+{
+    for (unsigned message = 0; message < 6000; ++message) Error(numberOf(18, message), "x");
+    EXPECT_EQ(consumer.messages.size(), 6000U);
+    EXPECT_EQ(consumer.messages.back(), "0,Error/Occurrence/Error/18/5999@0:Error Occurrence (s18m5999): x");
+    controller.disable(&consumer, "Error");
+    Error(numberOf(18, 5999), "x");
+    EXPECT_EQ(consumer.messages.size(), 6000U);
+}
+
 TEST_F(TraceErrorTest, recordsWhatAConsumerReportsWithoutAnnouncingIt)
 {
     consumer.onMessage = [](const char*) { Error(numberOf(16, 2), "nested"); };
