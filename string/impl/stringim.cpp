@@ -315,8 +315,7 @@ void StringImplC::appendUTF8(const UTF8T* bytes, size_t n, size_t chars)
     if (known >= 0) numChars.store(known + static_cast<long>(chars), std::memory_order_relaxed);
 }
 
-// The count becomes unknown, but a counted text leaves its end as the memo, so that counting again
-// looks at the new part only.
+// The count becomes unknown. The memo, which counting leaves at the end, still holds.
 void StringImplC::operator+=(const StringImplI& text)
 {
     if (!TVX_CHECK(!isShared(), "!isShared()")) return;
@@ -324,7 +323,6 @@ void StringImplC::operator+=(const StringImplI& text)
     const bool isThis = view.begin == data;
     const size_t added = view.size;
     resize(numBytes + added + 1);
-    if (knownChars() >= 0) savePos(knownChars(), end());
     std::memcpy(data + numBytes, isThis ? data : view.begin, added);
     mergeShape(data + numBytes, added);
     numBytes += added;

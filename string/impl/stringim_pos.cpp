@@ -61,7 +61,8 @@ void StringImplC::mergeShape(const UTF8T* added, size_t n) noexcept
     m_shape.store(std::max(before, after), std::memory_order_relaxed);
 }
 
-// Counting stops at a zero byte inside the text.
+// Counting stops at a zero byte inside the text. A count that came to the end leaves the memo there, so that
+// counting after an append looks at the new part only.
 long StringImplC::length() const
 {
     if (knownChars() >= 0) return knownChars();
@@ -75,6 +76,7 @@ long StringImplC::length() const
         place.index += static_cast<long>(utfkernels::countChars(place.at, step));
         place.at += step;
     }
+    if (zero == nullptr) savePos(place.index, place.at);
     numChars.store(place.index, std::memory_order_relaxed);
     return place.index;
 }
@@ -113,12 +115,14 @@ StringImplC::PlaceT StringImplC::nthChar(long n) const
 }
 
 // From the nearer of two places (`to` may be uncounted, with index -1) to character n; *nchar is set to
-// the number of characters that the text lacks.
+// the number of characters that the text lacks. Around a zero byte the way decides what is found: only
+// the one from behind passes it, and is taken for the last third.
 const UTF8T* StringImplC::walk(const PlaceT& from, const PlaceT& to, long n, size_t* nchar) const
 {
     const long ahead = n - from.index;
     const long back = to.index - n;
-    if (back < 0 || ahead / BACKWARD_COST <= back) return skip(from.at, static_cast<size_t>(ahead), nchar);
+    const bool isForward = shape() == SHAPE_ANY ? ahead < 2 * back : ahead / BACKWARD_COST <= back;
+    if (back < 0 || isForward) return skip(from.at, static_cast<size_t>(ahead), nchar);
 
     const UTF8T* at = to.at;
     for (long i = 0; i < back && at != nullptr; ++i) at = backup(at);

@@ -146,6 +146,22 @@ TEST(StringC, positionsStayRightAfterEveryChange)
     EXPECT_EQ(text[5], 'h');
 }
 
+TEST(StringC, zeroBytesCountTheSameWhetherAnyoneAskedBefore)
+{
+    StringC asked("a\0b", 3, "vutf8");
+    StringC unasked("a\0b", 3, "vutf8");
+    StringC counted("a\0b", 3, "utf8");
+    EXPECT_EQ(asked.length(), 1);
+    for (StringC* text : {&asked, &unasked, &counted}) {
+        *text += StringC("cd");
+        EXPECT_EQ(text->length(), 1);
+    }
+    EXPECT_EQ(asked, unasked);
+    EXPECT_EQ(asked[1], unasked[1]);
+    const StringC text("a\0\xC3\xA9z", 5, "utf8");
+    EXPECT_EQ(text[3], UCS4{'z'}) << "found from behind, where the zero byte is not in the way";
+}
+
 TEST(StringC, searchesAgreeWithTheModel)
 {
     SmallTextsC source(1701);
