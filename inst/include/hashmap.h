@@ -320,10 +320,11 @@ private:
         return word == nullptr || *word == elem;
     }
 
-    // Not so for elements that came through the base, from the heap or out of another map.
+    // Not so for elements that came through the base, from the heap or out of another map. Comparing addresses
+    // is faster; that of a type may differ between modules, and then the element is ended like those.
     bool isFromOwnPool(ElemT* elem) const
     {
-        return typeid(*elem) == typeid(PooledElemT) && ElemPoolC::of(static_cast<PooledElemT*>(elem)) == m_pool;
+        return &typeid(*elem) == &typeid(PooledElemT) && ElemPoolC::of(static_cast<PooledElemT*>(elem)) == m_pool;
     }
 
     size_t endAll(bool for_good);
