@@ -121,8 +121,9 @@ const UTF8T* StringImplC::walk(const PlaceT& from, const PlaceT& to, long n, siz
 {
     const long ahead = n - from.index;
     const long back = to.index - n;
-    const bool isForward = shape() == SHAPE_ANY ? ahead < 2 * back : ahead / BACKWARD_COST <= back;
-    if (back < 0 || isForward) return skip(from.at, static_cast<size_t>(ahead), nchar);
+    const bool hasZero = m_shape.load(std::memory_order_relaxed) == SHAPE_ANY;   // nthChar has asked for the shape
+    const bool isNearEnd = ahead >= 2 * back && (hasZero || ahead / BACKWARD_COST > back);
+    if (back < 0 || !isNearEnd) return skip(from.at, static_cast<size_t>(ahead), nchar);
 
     const UTF8T* at = to.at;
     for (long i = 0; i < back && at != nullptr; ++i) at = backup(at);
