@@ -10,6 +10,7 @@
 #include <algorithm>
 #include <cstring>
 #include <string>
+#include <vector>
 
 namespace {
 
@@ -47,6 +48,38 @@ const UTF8T* skipped(const UTF8T* p, const UTF8T* end, long count)
     return p + utfkernels::advance(p, static_cast<size_t>(end - p), static_cast<size_t>(count), nullptr);
 }
 
+// Which character stands for another: those of two lists, place by place. The first place of a character
+// that is listed twice counts.
+class CharTargetsC {
+public:
+    CharTargetsC(const StringC& from_chars, const StringC& to_chars)
+    {
+        const TextBytesT from(from_chars);
+        const TextBytesT to(to_chars);
+        m_pairs.reserve(from.size());
+        for (const UTF8T *f = from.begin, *t = to.begin; f < from.end && t < to.end;) {
+            const UCS4 ch = UTF8Get(f);
+            m_pairs.push_back({ch, UTF8Get(t)});
+        }
+        std::stable_sort(m_pairs.begin(), m_pairs.end(), isLower);
+    }
+    // The character that stands for `ch`; null when `ch` is not listed.
+    const UCS4* find(UCS4 ch) const
+    {
+        const auto at = std::lower_bound(m_pairs.begin(), m_pairs.end(), PairT{ch, 0}, isLower);
+        return at != m_pairs.end() && at->from == ch ? &at->to : nullptr;
+    }
+
+private:
+    struct PairT {
+        UCS4 from;
+        UCS4 to;
+    };
+    static bool isLower(const PairT& a, const PairT& b) { return a.from < b.from; }
+
+    std::vector<PairT> m_pairs;   // sorted
+};
+
 }   // namespace
 
 StringC StringC::transform(const StringC& from_chars, const StringC& to_chars, bool do_all, long after) const
@@ -59,15 +92,14 @@ StringC StringC::transform(const StringC& from_chars, const StringC& to_chars, b
     if (first < 0) return *this;
 
     const TextBytesT bytes(*this);
-    const CharSetC set(from);
+    const CharTargetsC targets(from, to_chars);
     const UTF8T* next = skipped(bytes.begin, bytes.end, first);
     TextBuilderC result(bytes.size());
     result.add(bytes.begin, next);
     for (bool isDone = false; next < bytes.end && !isDone;) {
         const UTF8T* const at = next;
-        const UCS4 ch = UTF8Get(next);
-        if (set.contains(ch)) {
-            result.add(to_chars[from.find(ch)]);
+        if (const UCS4* const target = targets.find(UTF8Get(next))) {
+            result.add(*target);
             isDone = !do_all;
         } else {
             result.add(at, next);
