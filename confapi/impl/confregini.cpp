@@ -211,35 +211,31 @@ ErrorT ConfRegistryIniC::CreateDWord(unsigned long hKey, StringC subKey, StringC
     return CreateString(hKey, subKey, valueName, StringC::format("%ul", ArgListC() << value));
 }
 
-ErrorT ConfRegistryIniC::DeleteValue(unsigned long hKey, StringC subKey, StringC valueName)
+// Without write-through a look at the file would take away what has been changed in memory.
+template <class DeleteT>
+ErrorT ConfRegistryIniC::deleteIn(unsigned long hKey, const StringC& subKey, DeleteT deletion)
 {
     const RegistryGuardC guard;
     unsigned long key = 0;
-    ErrorT result = ConfRegOpenKeyEx(hKey, subKey, KEY_ALL_ACCESS, &key);
-    if (result != 0) return result;
-    lookAtFileOf(key);
-    result = ConfRegDeleteValue(key, valueName);
+    const ErrorT opened = ConfRegOpenKeyEx(hKey, subKey, KEY_ALL_ACCESS, &key);
+    if (opened != 0) return opened;
+    const int fileRef = GetOpenKey(key)->getFileRef();
+    if (m_writeThru && fileRef != ConfRegKeyC::NO_FILE) file(fileRef).reloadIfChanged();
+    const ErrorT result = deletion(key);
     ConfRegCloseKey(key);
     return result;
+}
+
+ErrorT ConfRegistryIniC::DeleteValue(unsigned long hKey, StringC subKey, StringC valueName)
+{
+    return deleteIn(hKey, subKey, [&](unsigned long key) { return ConfRegDeleteValue(key, valueName); });
 }
 
 ErrorT ConfRegistryIniC::DeleteKey(unsigned long hKey, StringC subKey, bool nonEmpty)
 {
-    const RegistryGuardC guard;
-    unsigned long key = 0;
-    ErrorT result = ConfRegOpenKeyEx(hKey, subKey, KEY_ALL_ACCESS, &key);
-    if (result != 0) return result;
-    lookAtFileOf(key);
-    result = nonEmpty || isEmptyKey(key) ? ConfRegDeleteKey(key) : TVXERR_REGISTRY_NOT_EMPTY;
-    ConfRegCloseKey(key);
-    return result;
-}
-
-// Without write-through it would take away what has been changed in memory.
-void ConfRegistryIniC::lookAtFileOf(unsigned long handle)
-{
-    const int fileRef = GetOpenKey(handle)->getFileRef();
-    if (m_writeThru && fileRef != ConfRegKeyC::NO_FILE) file(fileRef).reloadIfChanged();
+    return deleteIn(hKey, subKey, [&](unsigned long key) {
+        return nonEmpty || isEmptyKey(key) ? ConfRegDeleteKey(key) : TVXERR_REGISTRY_NOT_EMPTY;
+    });
 }
 
 // A key that no file holds is not known to be empty. Subkeys that no enumeration tells of, whose names begin with a

@@ -105,8 +105,10 @@ private:
     ErrorT findValue(unsigned long hKey, const StringC& subKey, const StringC& valueName, ValueT& value);
     ErrorT findSection(unsigned long hKey, const StringC& subKey, const KeyPlaceCacheC::EntryT*& found);
     bool isEmptyKey(unsigned long handle) const;
-    // Before a deletion: what others have written in this very second counts too.
-    void lookAtFileOf(unsigned long handle);
+    // What `deletion` answers for the open key. Its file is looked at before: what others have written in this very
+    // second counts too.
+    template <class DeleteT>
+    ErrorT deleteIn(unsigned long hKey, const StringC& subKey, DeleteT deletion);
 
     // ---- the table of handles ----
     unsigned long enterKey(const ConfRegKeyC& key, const StringC& path);

@@ -94,7 +94,8 @@ public:
     virtual long renameOnReboot(const FileNameC& from, const FileNameC& to) = 0;
     // Copies a file or a whole tree; what is in the way of the tree's files is overwritten, directories that are
     // there are filled. Files lose their permissions, directories keep them. Links to files become files, other
-    // links stay links, pipes, sockets and devices are left out. 0 or a code; what had been copied stays.
+    // links stay links, pipes, sockets and devices are left out, and refused as targets of files. So is a link in
+    // the target that leads back into the source. 0 or a code; what had been copied stays.
     // Requires: "from", "to".
     virtual long copy(const FileNameC* from, const FileNameC* to, FileCopyCallbackT callback, void* closure) = 0;
     virtual FileListerI* getLister(const FileNameC* dir, unsigned int flags) = 0;   // see FileListerC

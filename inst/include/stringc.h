@@ -85,8 +85,8 @@ public:
     size_t wchartBytes() const { return str->encodedBytes(CC_WCHART); }
     void wchartRelease(const wchar_t* p) const { release(p, CC_WCHART); }
     // Writes the terminated text into `buffer` of `size` bytes, cut short if need be, and sets `size` to
-    // the full size without terminator; a null buffer of size 0 asks for that alone. False if a
-    // character could not be represented, or the encoding is unknown.
+    // the full size without terminator; a null buffer of size 0 asks for that alone. A character that the end
+    // of the text cuts becomes U+FFFD. False if a character could not be represented, or the encoding is unknown.
     bool convertTo(U8BitT* buffer, size_t& size, const char* encoding) const
     {
         return str->encodeInto(buffer, size, encoding) != 0;

@@ -53,7 +53,8 @@ protected:
 // The file has the permissions that the process's umask leaves of 0666. In a directory where everybody may
 // create files (mode 1777, as /tmp) it must be a regular file of the process's own user with no other
 // name; a link that somebody has put there is refused. A message with line breaks makes several lines,
-// and the file grows without limit. What cannot be written (disk full) is dropped.
+// and the file grows without limit. What cannot be written (disk full) is dropped;
+// a line that was cut by that is ended before the next one.
 class TraceDefaultConsumerI : public TraceConsumerI {
 public:
     // Sets an attribute by its name, in any case. Numbers are decimal; a truth value is a number, or begins

@@ -26,7 +26,7 @@ class TracerI {
 public:
     // Tells the tracer who is running. A null text keeps the former one. `profile`, if not null, is a
     // file with settings and classes for the default consumer, which is registered again if it has been
-    // dropped. Returns 0, also when the profile cannot be read.
+    // dropped. Returns 0, also when the profile cannot be read, or is no regular file, which may have no end.
     //
     // A profile has one item a line, of at most 255 bytes; "#" begins a comment.
     //     timestamp = yes     an attribute (traceconsumer.h)
