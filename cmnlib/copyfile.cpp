@@ -41,7 +41,7 @@ int openBoth(const char* from, const char* to, FdOwnerC& source, FdOwnerC& targe
 
     target.reset(Open(to, O_WRONLY | O_CREAT, sourceInfo.st_mode & 0777));
     if (!target.isOpen() || fstat(target.fd(), &targetInfo) != 0) return errno;
-    if (sourceInfo.st_dev == targetInfo.st_dev && sourceInfo.st_ino == targetInfo.st_ino) return EINVAL;
+    if (isSameFile(sourceInfo, targetInfo)) return EINVAL;
     // A device or pipe has no length. Some file systems write a file that was emptied to the disk when it is closed:
     // not what is empty anyway.
     if (!S_ISREG(targetInfo.st_mode) || targetInfo.st_size == 0) return 0;

@@ -88,4 +88,10 @@ private:
     int m_fd;
 };
 
+// Whether both describe one file, under whatever names.
+inline bool isSameFile(const struct stat& a, const struct stat& b)
+{
+    return a.st_dev == b.st_dev && a.st_ino == b.st_ino;
+}
+
 #endif   // TVXCMN_CMNLIB_SYSCALL_H

@@ -149,7 +149,7 @@ void DIRStackC::shelveOutermost()
     (void)::fstat(::dirfd(directory.dp), &info);
     identify(directory, info);
     const int inside = ::dirfd(entry(m_shelved)->dp);
-    if (::fstatat(inside, "..", &up, 0) == 0 && !fileattributes::isSameFile(up, info)) return;
+    if (::fstatat(inside, "..", &up, 0) == 0 && !isSameFile(up, info)) return;
     if (directory.rest == nullptr) {
         auto rest = std::make_unique<DirRestC>();
         while (const dirent* const found = readNext(directory.dp)) {

@@ -32,10 +32,6 @@ private:
 };
 
 int read(const FileNameC* name, LinksT links, struct stat& info);
-inline bool isSameFile(const struct stat& a, const struct stat& b)
-{
-    return a.st_dev == b.st_dev && a.st_ino == b.st_ino;
-}
 FileInfoC infoOf(const struct stat& info);
 
 // Whether there is a file, of the kind S_IF... in `type`; 0 stands for any.

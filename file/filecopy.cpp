@@ -10,7 +10,6 @@
 
 #include <climits>
 
-using fileattributes::isSameFile;
 using fileattributes::LinksT;
 
 namespace {
@@ -158,13 +157,11 @@ bool liesInside(const FileNameC& from, const FileNameC& to)
     }
     const StringC path = existing.isValid() || existing.isRoot() ? existing.getPath() : StringC(".");
     FdOwnerC at(openFd(path.utf8(), O_PATH));
-    ino_t last = 0;
-    dev_t lastDevice = 0;
+    struct stat last = {};
     while (at.isOpen() && ::fstat(at.fd(), &info) == 0) {
         if (isSameFile(info, outer)) return true;
-        if (info.st_ino == last && info.st_dev == lastDevice) return false;   // the root is its own parent
-        last = info.st_ino;
-        lastDevice = info.st_dev;
+        if (isSameFile(info, last)) return false;   // the root is its own parent
+        last = info;
         at.reset(liftFd(::openat(at.fd(), "..", O_PATH | O_DIRECTORY | O_CLOEXEC)));
     }
     return false;

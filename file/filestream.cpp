@@ -81,7 +81,7 @@ int checkIdentity(int fd, const char* path)
     struct stat opened;
     struct stat named;
     if (::fstat(fd, &opened) != 0 || ::stat(path, &named) != 0) return errno;
-    return opened.st_dev == named.st_dev && opened.st_ino == named.st_ino ? 0 : EAGAIN;
+    return isSameFile(opened, named) ? 0 : EAGAIN;
 }
 
 // 0 and the open file, or the errno of the failure.

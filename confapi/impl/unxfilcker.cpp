@@ -75,7 +75,7 @@ bool UnxFilckerC::isStillNamed(struct stat& info) const
     if (::fstat(m_fd, &info) != 0) return false;
     const bool isThere = ::stat(m_filename.getPath().utf8(), &named) == 0;
     if (!isThere && errno != ENOENT) return false;
-    if (isThere && info.st_dev == named.st_dev && info.st_ino == named.st_ino) return true;
+    if (isThere && isSameFile(info, named)) return true;
     errno = EAGAIN;   // another holder has removed it, and one that is new may be locked meanwhile
     return false;
 }
